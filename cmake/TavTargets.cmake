@@ -1,0 +1,32 @@
+# SPDX-License-Identifier: Apache-2.0
+# What every target of this tree shares: language level, visibility, warnings, sanitizers.
+
+add_library(tav_common INTERFACE)
+target_compile_options(tav_common INTERFACE
+  $<$<BOOL:${TAV_WERROR}>:-Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror>)
+if(TAV_SANITIZE)
+  target_compile_options(tav_common INTERFACE -fsanitize=${TAV_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  target_link_options(tav_common INTERFACE -fsanitize=${TAV_SANITIZE})
+endif()
+if(TAV_BUILD_FUZZ)
+  target_compile_options(tav_common INTERFACE -fsanitize=fuzzer-no-link)
+endif()
+
+# The sources of one folder; a folder is a subsystem, so its sources need no list beside it.
+function(tav_folder_sources out)
+  set(all "")
+  foreach(folder IN LISTS ARGN)
+    file(GLOB found CONFIGURE_DEPENDS "${folder}/*.cpp")
+    list(APPEND all ${found})
+  endforeach()
+  set(${out} "${all}" PARENT_SCOPE)
+endfunction()
+
+function(tav_target name)
+  target_compile_features(${name} PRIVATE cxx_std_20)
+  set_target_properties(${name} PROPERTIES
+    CXX_EXTENSIONS OFF
+    CXX_VISIBILITY_PRESET hidden
+    VISIBILITY_INLINES_HIDDEN ON)
+  target_link_libraries(${name} PRIVATE $<BUILD_INTERFACE:tav_common>)
+endfunction()

@@ -1,0 +1,421 @@
+// SPDX-License-Identifier: Apache-2.0
+// cRecord: an ordered list of named, typed parameters; cRecordPar: a view of one of them.
+//
+// A record is its own wire form: appending writes the encoded bytes (docs/wire-format.md), a nested record is appended as
+// it stands, and a received record is validated once and then read in place. Copies share the bytes until one is
+// changed. A view keeps the bytes it looks at alive, unchanged even when the record is changed later.
+//
+// Limits: a name has at most 255 bytes, records nest at most 16 deep, a record has less than 1 GiB. A parameter that
+// would go beyond is not appended, and a line of trace (level 2, unit "UnitVORN") says so.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <utility>
+
+#include <tav/framework/data.h>
+#include <tav/framework/export.h>
+#include <tav/framework/record_wire.h>
+#include <tav/framework/time.h>
+#include <tav/framework/uuid.h>
+
+namespace vorn {
+
+enum eParType : unsigned int {
+  eParNone = 0,  // of an invalid parameter
+  eParText = 1,
+  eParInt = 2,     // signed 32-bit
+  eParUInt = 3,    // unsigned 32-bit
+  eParUInt64 = 4,  // unsigned 64-bit
+  eParBool = 5,
+  eParRecord = 6,
+  eParTime = 7,
+  eParUuid = 8,
+  eParData = 9,
+};
+
+class cRecord;
+
+class VORN_API cRecordPar {
+ public:
+  // An invalid one: IsEmpty(), type 0, every getter gives the empty value.
+  cRecordPar() = default;
+  cRecordPar(const cRecordPar& other) : m_buffer(other.m_buffer), m_entry(other.m_entry), m_left(other.m_left) {
+    detail::Retain(m_buffer);
+  }
+  cRecordPar(cRecordPar&& other) noexcept
+      : m_buffer(std::exchange(other.m_buffer, nullptr)), m_entry(other.m_entry), m_left(other.m_left) {}
+  cRecordPar& operator=(cRecordPar other) noexcept {
+    std::swap(m_buffer, other.m_buffer);
+    std::swap(m_entry, other.m_entry);
+    std::swap(m_left, other.m_left);
+    return *this;
+  }
+  ~cRecordPar() { detail::Release(m_buffer); }
+
+  // Whether the parameter is there.
+  bool IsValid() const { return m_buffer != nullptr; }
+  // No value, or a text, data or record of length zero, or an invalid uuid; numbers, booleans and times are never empty.
+  bool IsEmpty() const;
+  // False for a text parameter that was appended without a text.
+  bool HasText() const { return IsText() && *ValueAt() != detail::kCborNull; }
+
+  std::string GetName() const { return std::string(GetNameView()); }
+  // Valid as long as this view.
+  std::string_view GetNameView() const;
+  unsigned int GetType() const { return IsValid() ? *TypeAt() : static_cast<unsigned int>(eParNone); }
+  bool IsText() const { return GetType() == eParText; }
+  bool IsInt() const { return GetType() == eParInt; }
+  bool IsUInt() const { return GetType() == eParUInt; }
+  bool IsUInt64() const { return GetType() == eParUInt64; }
+  bool IsBool() const { return GetType() == eParBool; }
+  bool IsRecord() const { return GetType() == eParRecord; }
+  bool IsTime() const { return GetType() == eParTime; }
+  bool IsUuid() const { return GetType() == eParUuid; }
+  bool IsData() const { return GetType() == eParData; }
+
+  // The text form of a value of any type: numbers decimal, booleans "true" or "false", data in hexadecimal digits,
+  // times ISO 8601, uuids canonical, records as cRecord::ToString.
+  std::string GetText() const;
+  // The bytes of a text or of data without copying them; empty for every other type. Valid as long as this view.
+  std::string_view GetBytesView() const;
+
+  // The value of any of the integer types when it fits, else 0.
+  int GetInt() const;
+  unsigned int GetUInt() const;
+  std::uint64_t GetUInt64() const;
+  // Each gives the empty value for another type.
+  bool GetBool() const { return IsBool() && *ValueAt() == detail::kCborTrue; }
+  cTime GetTime() const;
+  cUuid GetUuid() const;
+  // Of a text: its bytes.
+  cData GetData() const;
+  // False, and record left alone, when this is no readable record; an empty one is readable.
+  bool GetRecord(cRecord& record) const;
+
+  // The following parameter of any name, or of this one's name; an invalid one at the end.
+  cRecordPar Next() const;
+  cRecordPar NextSame() const;
+
+ private:
+  friend class cRecord;
+  // Takes over one reference to the buffer.
+  cRecordPar(detail::cRecordBuffer* buffer, std::uint32_t entry, std::uint32_t left)
+      : m_buffer(buffer), m_entry(entry), m_left(left) {}
+
+  const detail::cRecordIndexEntry& Entry() const { return m_buffer->index[m_entry]; }
+  const unsigned char* TypeAt() const {
+    return m_buffer->Bytes() + Entry().at + (Entry().key & 0xFF);
+  }
+  const unsigned char* ValueAt() const { return TypeAt() + 1; }
+  // A value of integer type as sign and magnitude; false for other types.
+  bool GetInteger(bool& negative, std::uint64_t& magnitude) const;
+
+  detail::cRecordBuffer* m_buffer = nullptr;
+  std::uint32_t m_entry = 0;  // position in the index
+  std::uint32_t m_left = 0;   // how many parameters follow in the same record
+};
+
+class VORN_API cRecord {
+ public:
+  // An empty one; Create() gives the same.
+  cRecord() = default;
+  cRecord(const cRecord& other)
+      : m_buffer(other.m_buffer), m_begin(other.m_begin), m_end(other.m_end), m_head(other.m_head) {
+    detail::Retain(m_buffer);
+  }
+  cRecord(cRecord&& other) noexcept
+      : m_buffer(std::exchange(other.m_buffer, nullptr)),
+        m_begin(std::exchange(other.m_begin, 0)),
+        m_end(std::exchange(other.m_end, 0)),
+        m_head(std::exchange(other.m_head, 0)) {}
+  cRecord& operator=(cRecord other) noexcept {
+    std::swap(m_buffer, other.m_buffer);
+    std::swap(m_begin, other.m_begin);
+    std::swap(m_end, other.m_end);
+    std::swap(m_head, other.m_head);
+    return *this;
+  }
+  ~cRecord() { detail::Release(m_buffer); }
+
+  static cRecord Create() { return cRecord(); }
+  // Validates received bytes whole and copies them. On failure returns false, leaves record alone and says in error,
+  // when given, what is wrong at which byte offset.
+  static bool FromBytes(const void* bytes, std::size_t size, cRecord& record, std::string* error = nullptr);
+
+  void AppendTextPar(std::string_view name, std::string_view value) {
+    AppendBytes(name, eParText,
+                detail::IsAscii(value.data(), value.size()) || detail::IsUtf8(value.data(), value.size())
+                    ? detail::kCborText
+                    : detail::kCborBytes,
+                value.data(), value.size());
+  }
+  // A null pointer appends a text parameter without a text, which stays different from an empty text.
+  void AppendTextPar(std::string_view name, const char* value) {
+    if (value != nullptr)
+      AppendTextPar(name, std::string_view(value));
+    else
+      AppendSimple(name, eParText, detail::kCborNull);
+  }
+  void AppendIntPar(std::string_view name, int value) {
+    if (value >= 0)
+      AppendNumber(name, eParInt, detail::kCborUnsigned, static_cast<std::uint64_t>(value));
+    else
+      AppendNumber(name, eParInt, detail::kCborNegative, static_cast<std::uint64_t>(-1 - static_cast<std::int64_t>(value)));
+  }
+  void AppendUIntPar(std::string_view name, unsigned int value) {
+    AppendNumber(name, eParUInt, detail::kCborUnsigned, value);
+  }
+  void AppendUInt64Par(std::string_view name, std::uint64_t value) {
+    AppendNumber(name, eParUInt64, detail::kCborUnsigned, value);
+  }
+  void AppendBoolPar(std::string_view name, bool value) {
+    AppendSimple(name, eParBool, value ? detail::kCborTrue : detail::kCborFalse);
+  }
+  void AppendRecordPar(std::string_view name, const cRecord& value);
+  void AppendTimePar(std::string_view name, const cTime& value) {
+    AppendNumber(name, eParTime, detail::kCborUnsigned, value.GetSeconds());
+  }
+  void AppendUuidPar(std::string_view name, const cUuid& value) {
+    AppendBytes(name, eParUuid, detail::kCborBytes, reinterpret_cast<const char*>(value.GetBytes().data()),
+                cUuid::kSize);
+  }
+  void AppendDataPar(std::string_view name, const cData& value) {
+    AppendBytes(name, eParData, detail::kCborBytes, value.AsView().data(), value.GetSize());
+  }
+
+  // Each replaces the first parameter of that name, in its place; appends when there is none.
+  void SetTextPar(std::string_view name, std::string_view value) {
+    Set(name, [&](cRecord& to) { to.AppendTextPar(name, value); });
+  }
+  void SetTextPar(std::string_view name, const char* value) {
+    Set(name, [&](cRecord& to) { to.AppendTextPar(name, value); });
+  }
+  void SetIntPar(std::string_view name, int value) {
+    Set(name, [&](cRecord& to) { to.AppendIntPar(name, value); });
+  }
+  void SetUIntPar(std::string_view name, unsigned int value) {
+    Set(name, [&](cRecord& to) { to.AppendUIntPar(name, value); });
+  }
+  void SetUInt64Par(std::string_view name, std::uint64_t value) {
+    Set(name, [&](cRecord& to) { to.AppendUInt64Par(name, value); });
+  }
+  void SetBoolPar(std::string_view name, bool value) {
+    Set(name, [&](cRecord& to) { to.AppendBoolPar(name, value); });
+  }
+  void SetRecordPar(std::string_view name, const cRecord& value) {
+    Set(name, [&](cRecord& to) { to.AppendRecordPar(name, value); });
+  }
+  void SetTimePar(std::string_view name, const cTime& value) {
+    Set(name, [&](cRecord& to) { to.AppendTimePar(name, value); });
+  }
+  void SetUuidPar(std::string_view name, const cUuid& value) {
+    Set(name, [&](cRecord& to) { to.AppendUuidPar(name, value); });
+  }
+  void SetDataPar(std::string_view name, const cData& value) {
+    Set(name, [&](cRecord& to) { to.AppendDataPar(name, value); });
+  }
+
+  bool IsEmpty() const { return m_begin == m_end; }
+  std::size_t GetCount() const { return Indexed() ? Head()->at : 0; }
+  // The first parameter of all, and the first of a name; an invalid one when there is none.
+  cRecordPar First() const { return GetCount() != 0 ? View(0) : cRecordPar(); }
+  cRecordPar GetPar(std::string_view name) const {
+    const std::uint32_t at = Find(name);
+    return at != kNotFound ? View(at) : cRecordPar();
+  }
+
+  // The value of the first parameter of a name when it has exactly that type, else the empty value of the type.
+  std::string GetTextPar(std::string_view name) const;
+  int GetIntPar(std::string_view name) const;
+  unsigned int GetUIntPar(std::string_view name) const;
+  std::uint64_t GetUInt64Par(std::string_view name) const;
+  bool GetBoolPar(std::string_view name) const;
+  cRecord GetRecordPar(std::string_view name) const;
+  cTime GetTimePar(std::string_view name) const;
+  cUuid GetUuidPar(std::string_view name) const;
+  cData GetDataPar(std::string_view name) const;
+
+  // Readable text, one parameter a line, nested records indented by level; data cut after maxData bytes (0 = whole).
+  std::string ToString(std::size_t maxData = 0, unsigned int level = 0) const;
+  // The wire form; valid until the record is changed.
+  std::string_view GetBytes() const {
+    return IsEmpty() ? std::string_view()
+                     : std::string_view(reinterpret_cast<const char*>(m_buffer->Bytes()) + m_begin, m_end - m_begin);
+  }
+  // Levels of records in this one, 1 when none is nested.
+  unsigned int GetDepth() const;
+
+  friend bool operator==(const cRecord& a, const cRecord& b) { return a.GetBytes() == b.GetBytes(); }
+  friend bool operator!=(const cRecord& a, const cRecord& b) { return !(a == b); }
+
+ private:
+  friend class cRecordPar;
+  static constexpr std::uint32_t kNotFound = 0xFFFFFFFF;
+
+  cRecord(detail::cRecordBuffer* buffer, std::uint32_t begin, std::uint32_t end, std::uint32_t head)
+      : m_buffer(buffer), m_begin(begin), m_end(end), m_head(head) {
+    detail::Retain(m_buffer);
+  }
+
+  // ---- reading
+  bool Indexed() const { return !IsEmpty() && (m_buffer->indexed != 0 || BuildIndex()); }
+  const detail::cRecordIndexEntry* Head() const { return m_buffer->index + m_head; }
+  bool BuildIndex() const;
+  // The position of the first parameter of a name within this record.
+  std::uint32_t Find(std::string_view name) const {
+    if (name.size() > detail::kMaxParName || !Indexed()) return kNotFound;
+    const std::uint32_t key = detail::NameKey(name.data(), name.size());
+    const detail::cRecordIndexEntry* const entries = Head() + 1;
+    const std::uint32_t count = Head()->at;
+    for (std::uint32_t i = 0; i < count; ++i)
+      if (entries[i].key == key && std::memcmp(m_buffer->Bytes() + entries[i].at, name.data(), name.size()) == 0)
+        return i;
+    return kNotFound;
+  }
+  cRecordPar View(std::uint32_t position) const {
+    detail::Retain(m_buffer);
+    return cRecordPar(m_buffer, m_head + 1 + position, Head()->at - position - 1);
+  }
+  // The value of the first parameter of a name behind its type, when it has exactly that type, else null.
+  const unsigned char* ValueOf(std::string_view name, eParType type) const {
+    const std::uint32_t position = Find(name);
+    if (position == kNotFound) return nullptr;
+    const detail::cRecordIndexEntry& entry = Head()[1 + position];
+    const unsigned char* at = m_buffer->Bytes() + entry.at + (entry.key & 0xFF);
+    return *at == type ? at + 1 : nullptr;
+  }
+
+  // ---- writing
+  // Room for a parameter of that name and so many bytes of value: behind name and type. Null when it is refused.
+  unsigned char* Begin(std::string_view name, eParType type, std::size_t valueSize) {
+    const std::size_t need = 2 + name.size() + 1 + valueSize;
+    if (name.size() > detail::kMaxParName || m_buffer == nullptr || m_buffer->refs != 1 || m_begin != 0 ||
+        m_end != m_buffer->size || m_buffer->capacity - m_end < need) {
+      if (!MakeRoom(name, need)) return nullptr;
+    }
+    m_buffer->indexed = 0;
+    unsigned char* to = detail::WriteHead(m_buffer->Bytes() + m_end, detail::kCborText, name.size());
+    std::memcpy(to, name.data(), name.size());
+    to += name.size();
+    *to++ = static_cast<unsigned char>(type);
+    return to;
+  }
+  void End(const unsigned char* to) {
+    m_end = static_cast<std::uint32_t>(to - m_buffer->Bytes());
+    m_buffer->size = m_end;
+  }
+  bool MakeRoom(std::string_view name, std::size_t need);
+  void AppendNumber(std::string_view name, eParType type, unsigned char major, std::uint64_t value) {
+    if (unsigned char* to = Begin(name, type, 9)) End(detail::WriteHead(to, major, value));
+  }
+  void AppendSimple(std::string_view name, eParType type, unsigned char value) {
+    if (unsigned char* to = Begin(name, type, 1)) {
+      *to = value;
+      End(to + 1);
+    }
+  }
+  void AppendBytes(std::string_view name, eParType type, unsigned char major, const char* bytes, std::size_t size) {
+    if (unsigned char* to = Begin(name, type, size + 9)) {
+      to = detail::WriteHead(to, major, size);
+      if (size != 0) std::memcpy(to, bytes, size);
+      End(to + size);
+    }
+  }
+  template <typename Append>
+  void Set(std::string_view name, Append append) {
+    std::uint32_t begin = 0, end = 0;
+    if (!FindBytes(name, begin, end)) {
+      append(*this);
+    } else {
+      cRecord single;
+      append(single);
+      Replace(begin, end, single);
+    }
+  }
+  // The bytes of the first parameter of a name, found without an index: a record that is being built has none.
+  bool FindBytes(std::string_view name, std::uint32_t& begin, std::uint32_t& end) const;
+  void Replace(std::uint32_t begin, std::uint32_t end, const cRecord& single);
+
+  detail::cRecordBuffer* m_buffer = nullptr;
+  std::uint32_t m_begin = 0;  // the part of the buffer that is this record
+  std::uint32_t m_end = 0;
+  std::uint32_t m_head = 0;  // its header entry in the buffer's index
+};
+
+// ---- the hot accessors, inline so that a literal name's length and bytes are constants
+
+inline std::string_view cRecordPar::GetNameView() const {
+  return IsValid() ? std::string_view(reinterpret_cast<const char*>(m_buffer->Bytes()) + Entry().at, Entry().key & 0xFF)
+                   : std::string_view();
+}
+
+inline std::string_view cRecordPar::GetBytesView() const {
+  if (!IsText() && !IsData()) return {};
+  const unsigned char* at = ValueAt();
+  if (*at == detail::kCborNull) return {};
+  const std::uint64_t size = detail::ReadHead(at);
+  return {reinterpret_cast<const char*>(at), static_cast<std::size_t>(size)};
+}
+
+inline bool cRecordPar::GetInteger(bool& negative, std::uint64_t& magnitude) const {
+  const unsigned int type = GetType();
+  if (type != eParInt && type != eParUInt && type != eParUInt64) return false;
+  const unsigned char* at = ValueAt();
+  negative = (*at & 0xE0) == detail::kCborNegative;
+  magnitude = detail::ReadHead(at);
+  if (negative) ++magnitude;
+  return true;
+}
+
+inline std::uint64_t cRecordPar::GetUInt64() const {
+  bool negative = false;
+  std::uint64_t magnitude = 0;
+  return GetInteger(negative, magnitude) && !negative ? magnitude : 0;
+}
+
+inline unsigned int cRecordPar::GetUInt() const {
+  const std::uint64_t value = GetUInt64();
+  return value <= 0xFFFFFFFF ? static_cast<unsigned int>(value) : 0;
+}
+
+inline int cRecordPar::GetInt() const {
+  bool negative = false;
+  std::uint64_t magnitude = 0;
+  if (!GetInteger(negative, magnitude) || magnitude > 0x7FFFFFFFull + (negative ? 1 : 0)) return 0;
+  return static_cast<int>(negative ? -static_cast<std::int64_t>(magnitude) : static_cast<std::int64_t>(magnitude));
+}
+
+inline bool cRecordPar::GetRecord(cRecord& record) const {
+  if (!IsRecord()) return false;
+  const unsigned char* at = ValueAt();
+  const std::uint64_t size = detail::ReadHead(at);
+  const auto begin = static_cast<std::uint32_t>(at - m_buffer->Bytes());
+  record = size != 0 ? cRecord(m_buffer, begin, begin + static_cast<std::uint32_t>(size), Entry().child) : cRecord();
+  return true;
+}
+
+inline cRecordPar cRecordPar::Next() const {
+  if (m_left == 0) return {};
+  detail::Retain(m_buffer);
+  return cRecordPar(m_buffer, m_entry + 1, m_left - 1);
+}
+
+inline unsigned int cRecord::GetUIntPar(std::string_view name) const {
+  const unsigned char* at = ValueOf(name, eParUInt);
+  return at != nullptr ? static_cast<unsigned int>(detail::ReadHead(at)) : 0;
+}
+
+inline std::uint64_t cRecord::GetUInt64Par(std::string_view name) const {
+  const unsigned char* at = ValueOf(name, eParUInt64);
+  return at != nullptr ? detail::ReadHead(at) : 0;
+}
+
+inline bool cRecord::GetBoolPar(std::string_view name) const {
+  const unsigned char* at = ValueOf(name, eParBool);
+  return at != nullptr && *at == detail::kCborTrue;
+}
+
+}  // namespace vorn

@@ -167,16 +167,18 @@ std::string cRecord::ToString(std::size_t maxData, unsigned int level) const {
 // ---- cRecord: writing
 
 void cRecord::AppendRecordPar(std::string_view name, const cRecord& value) {
-  const unsigned int depth = value.GetDepth() + 1;
+  unsigned int depth = value.GetDepth() + 1;
+  // Before it is indexed, a record that lost its deepest parameter knows an upper bound only.
+  if (depth > detail::kMaxRecordDepth && value.Indexed()) depth = value.GetDepth() + 1;
   if (depth > detail::kMaxRecordDepth) {
     Trace(FrameworkUnit(), 2, "record: parameter '", name, "' not appended, records nest deeper than 16");
     return;
   }
   const cRecord kept = value;  // a record may be appended to itself
   const std::string_view bytes = kept.GetBytes();
-  const std::uint32_t before = m_end;
+  const std::size_t before = GetBytes().size();
   AppendBytes(name, eParRecord, detail::kCborBytes, bytes.data(), bytes.size());
-  if (m_end != before && depth > m_buffer->depth) m_buffer->depth = static_cast<std::uint16_t>(depth);
+  if (GetBytes().size() != before && depth > m_buffer->depth) m_buffer->depth = static_cast<std::uint16_t>(depth);
 }
 
 // Out of the way of the appenders: a first buffer, a larger one, or one of its own.

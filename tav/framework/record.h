@@ -265,7 +265,7 @@ class VORN_API cRecord {
   const detail::cRecordIndexEntry* Head() const { return m_buffer->index + m_head; }
   bool BuildIndex() const;
   // The position of the first parameter of a name within this record.
-  std::uint32_t Find(std::string_view name) const {
+  [[gnu::always_inline]] std::uint32_t Find(std::string_view name) const {
     if (name.size() > detail::kMaxParName || !Indexed()) return kNotFound;
     const std::uint32_t key = detail::NameKey(name.data(), name.size());
     const detail::cRecordIndexEntry* const entries = Head() + 1;
@@ -290,7 +290,7 @@ class VORN_API cRecord {
 
   // ---- writing
   // Room for a parameter of that name and so many bytes of value: behind name and type. Null when it is refused.
-  unsigned char* Begin(std::string_view name, eParType type, std::size_t valueSize) {
+  [[gnu::always_inline]] unsigned char* Begin(std::string_view name, eParType type, std::size_t valueSize) {
     const std::size_t need = 2 + name.size() + 1 + valueSize;
     if (name.size() > detail::kMaxParName || m_buffer == nullptr || m_buffer->refs != 1 || m_begin != 0 ||
         m_end != m_buffer->size || m_buffer->capacity - m_end < need) {
@@ -298,26 +298,26 @@ class VORN_API cRecord {
     }
     m_buffer->indexed = 0;
     unsigned char* to = detail::WriteHead(m_buffer->Bytes() + m_end, detail::kCborText, name.size());
-    std::memcpy(to, name.data(), name.size());
+    if (!name.empty()) std::memcpy(to, name.data(), name.size());
     to += name.size();
     *to++ = static_cast<unsigned char>(type);
     return to;
   }
-  void End(const unsigned char* to) {
+  [[gnu::always_inline]] void End(const unsigned char* to) {
     m_end = static_cast<std::uint32_t>(to - m_buffer->Bytes());
     m_buffer->size = m_end;
   }
   bool MakeRoom(std::string_view name, std::size_t need);
-  void AppendNumber(std::string_view name, eParType type, unsigned char major, std::uint64_t value) {
+  [[gnu::always_inline]] void AppendNumber(std::string_view name, eParType type, unsigned char major, std::uint64_t value) {
     if (unsigned char* to = Begin(name, type, 9)) End(detail::WriteHead(to, major, value));
   }
-  void AppendSimple(std::string_view name, eParType type, unsigned char value) {
+  [[gnu::always_inline]] void AppendSimple(std::string_view name, eParType type, unsigned char value) {
     if (unsigned char* to = Begin(name, type, 1)) {
       *to = value;
       End(to + 1);
     }
   }
-  void AppendBytes(std::string_view name, eParType type, unsigned char major, const char* bytes, std::size_t size) {
+  [[gnu::always_inline]] void AppendBytes(std::string_view name, eParType type, unsigned char major, const char* bytes, std::size_t size) {
     if (unsigned char* to = Begin(name, type, size + 9)) {
       to = detail::WriteHead(to, major, size);
       if (size != 0) std::memcpy(to, bytes, size);

@@ -12,7 +12,14 @@ namespace {
 constexpr std::uint32_t kSmallest = 256;      // bytes of a fresh buffer
 constexpr std::uint32_t kLargestKept = 4096;  // a larger one goes back to the allocator
 constexpr std::uint32_t kLargestIndexKept = 512;
-#if defined(__SANITIZE_ADDRESS__)
+#if defined(__has_feature)
+#define VORN_ASAN __has_feature(address_sanitizer)
+#elif defined(__SANITIZE_ADDRESS__)
+#define VORN_ASAN 1
+#else
+#define VORN_ASAN 0
+#endif
+#if VORN_ASAN
 constexpr unsigned kMostKept = 0;  // so that a use after the end is seen
 #else
 constexpr unsigned kMostKept = 16;
@@ -21,6 +28,7 @@ constexpr unsigned kMostKept = 16;
 struct cKept {
   cRecordBuffer* buffers[kMostKept + 1];
   unsigned count;
+  bool cleaned;
   bool ended;
 };
 
@@ -79,7 +87,9 @@ void FreeBuffer(cRecordBuffer* buffer) {
     Destroy(buffer);
     return;
   }
-  cleaner.started = true;  // touches it, so that it is constructed and will run
+  if (!kept.cleaned) {
+    kept.cleaned = cleaner.started = true;  // touches it, so that it is constructed and will run
+  }
   kept.buffers[kept.count++] = buffer;
 }
 

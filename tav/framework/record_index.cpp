@@ -11,10 +11,25 @@ namespace vorn::detail {
 
 namespace {
 
-struct cItem {
-  unsigned char major = 0;
-  unsigned char first = 0;  // the whole first byte
-  std::uint64_t number = 0;
+constexpr std::uint64_t kAny = ~std::uint64_t{0};
+
+// What the value of each parameter type may be: CBOR major types, as a set of bits, and the largest number in its head.
+struct cTypeRule {
+  unsigned majors;
+  std::uint64_t most;
+};
+constexpr unsigned kUnsigned = 1u << 0, kNegative = 1u << 1, kBytes = 1u << 2, kText = 1u << 3, kSimple = 1u << 7;
+constexpr cTypeRule kTypeRules[] = {
+    {0, 0},                               // no such type
+    {kText | kBytes | kSimple, kAny},     // eParText
+    {kUnsigned | kNegative, 0x7FFFFFFF},  // eParInt
+    {kUnsigned, 0xFFFFFFFF},              // eParUInt
+    {kUnsigned, kAny},                    // eParUInt64
+    {kSimple, kAny},                      // eParBool
+    {kBytes, kAny},                       // eParRecord
+    {kUnsigned, 0xFFFFFFFF},              // eParTime
+    {kBytes, cUuid::kSize},               // eParUuid
+    {kBytes, kAny},                       // eParData
 };
 
 // What is wrong, where; kept as a literal so that refusing costs nothing.
@@ -23,138 +38,132 @@ struct cFault {
   std::size_t at = 0;
 };
 
+using Bytes = const unsigned char*;
+
 class cScanner {
  public:
-  explicit cScanner(cRecordBuffer* buffer) : m_buffer(buffer), m_bytes(buffer->Bytes()) {}
+  explicit cScanner(cRecordBuffer* buffer)
+      : m_buffer(buffer), m_bytes(buffer->Bytes()), m_next(buffer->index), m_limit(buffer->index + buffer->indexCapacity) {}
 
-  bool ScanRecord(std::size_t begin, std::size_t end, unsigned depth, std::uint32_t& head);
+  bool ScanRecord(Bytes at, Bytes end, unsigned depth, std::uint32_t& head);
   const cFault& GetFault() const { return m_fault; }
   unsigned GetDepth() const { return m_depth; }
 
  private:
-  bool Refuse(const char* what, std::size_t at) {
-    m_fault = {what, at};
-    return false;
+  Bytes Refuse(const char* what, Bytes at) {
+    m_fault = {what, static_cast<std::size_t>(at - m_bytes)};
+    return nullptr;
   }
-  bool AddEntry(const cRecordIndexEntry& entry);
-  bool ReadItem(std::size_t& at, std::size_t end, cItem& item);
-  bool ScanName(std::size_t& at, std::size_t end);
-  bool ScanValue(std::size_t& at, std::size_t end, bool& nested);
+  bool AddEntry(std::uint32_t key, std::uint32_t at) {
+    if (m_next == m_limit && !Grow()) return false;
+    *m_next++ = {key, at, 0};
+    return true;
+  }
+  bool Grow();
+  Bytes ReadLongHead(Bytes at, Bytes end, std::uint64_t& number);
+  Bytes ReadItem(Bytes at, Bytes end, std::uint64_t& number);
+  Bytes ScanName(Bytes at, Bytes end);
+  Bytes ScanValue(Bytes at, Bytes end, bool& nested);
 
   cRecordBuffer* m_buffer;
-  const unsigned char* m_bytes;
-  std::uint32_t m_used = 0;
+  Bytes m_bytes;
+  cRecordIndexEntry* m_next;
+  cRecordIndexEntry* m_limit;
   unsigned m_depth = 1;
   cFault m_fault;
 };
 
-bool cScanner::AddEntry(const cRecordIndexEntry& entry) {
-  if (m_used == m_buffer->indexCapacity) {
-    const std::uint32_t capacity = m_buffer->indexCapacity != 0 ? m_buffer->indexCapacity * 2 : 64;
-    void* grown = std::realloc(m_buffer->index, capacity * sizeof(cRecordIndexEntry));
-    if (grown == nullptr) return Refuse("no memory for its index", entry.at);
-    m_buffer->index = static_cast<cRecordIndexEntry*>(grown);
-    m_buffer->indexCapacity = capacity;
-  }
-  m_buffer->index[m_used++] = entry;
+[[gnu::noinline]] bool cScanner::Grow() {
+  const auto used = static_cast<std::size_t>(m_next - m_buffer->index);
+  const std::uint32_t capacity = m_buffer->indexCapacity != 0 ? m_buffer->indexCapacity * 2 : 64;
+  void* grown = std::realloc(m_buffer->index, capacity * sizeof(cRecordIndexEntry));
+  if (grown == nullptr) return Refuse("no memory for its index", m_bytes) != nullptr;
+  m_buffer->index = static_cast<cRecordIndexEntry*>(grown);
+  m_buffer->indexCapacity = capacity;
+  m_next = m_buffer->index + used;
+  m_limit = m_buffer->index + capacity;
   return true;
 }
 
-// One head, its bytes inside the bounds and its number in the shortest form, so that equal records have equal bytes.
-inline bool cScanner::ReadItem(std::size_t& at, std::size_t end, cItem& item) {
-  if (at >= end) return Refuse("ends early", at);
-  const unsigned char* from = m_bytes + at;
-  const unsigned low = *from & 0x1F;
-  item.first = *from;
-  item.major = *from & 0xE0;
-  if (low < 24) {
-    item.number = low;
-    ++at;
-    return true;
-  }
+// The rest of a head whose number did not fit its first byte: inside the bounds, and in the shortest form, so that
+// equal records have equal bytes.
+[[gnu::noinline]] Bytes cScanner::ReadLongHead(Bytes at, Bytes end, std::uint64_t& number) {
+  const unsigned low = *at & 0x1F;
   if (low > 27) return Refuse("indefinite or reserved length", at);
   const std::size_t more = std::size_t{1} << (low - 24);
-  if (end - at - 1 < more) return Refuse("ends early", at);
-  item.number = ReadHead(from);
-  if (item.number < (low == 24 ? 24u : std::uint64_t{1} << (4 * more))) return Refuse("number not in its shortest form", at);
-  at += 1 + more;
-  return true;
+  if (static_cast<std::size_t>(end - at) <= more) return Refuse("ends early", at);
+  Bytes from = at;
+  number = ReadHead(from);
+  if (number < (low == 24 ? 24u : std::uint64_t{1} << (4 * more))) return Refuse("number not in its shortest form", at);
+  return from;
 }
 
-inline bool cScanner::ScanName(std::size_t& at, std::size_t end) {
-  cItem item;
-  const std::size_t start = at;
-  if (!ReadItem(at, end, item)) return false;
-  if (item.major != kCborText) return Refuse("name is not a text", start);
-  if (item.number > kMaxParName) return Refuse("name is longer than 255 bytes", start);
-  const auto size = static_cast<std::uint32_t>(item.number);
-  if (end - at < size) return Refuse("name ends early", start);
-  const std::uint32_t key = size >= 3 ? (Load<std::uint32_t>(m_bytes + at - 1) & ~0xFFu) | size
-                                      : NameKey(reinterpret_cast<const char*>(m_bytes + at), size);
-  if (!AddEntry({key, static_cast<std::uint32_t>(at), 0})) return false;
-  at += size;
-  return true;
+// The number in an item's head; behind the head.
+inline Bytes cScanner::ReadItem(Bytes at, Bytes end, std::uint64_t& number) {
+  const unsigned low = *at & 0x1F;
+  if (low >= 24) return ReadLongHead(at, end, number);
+  number = low;
+  return at + 1;
 }
 
-inline bool cScanner::ScanValue(std::size_t& at, std::size_t end, bool& nested) {
-  if (at >= end) return Refuse("ends before a type", at);
-  const unsigned type = m_bytes[at];
-  const std::size_t start = at++;
-  cItem item;
-  if (!ReadItem(at, end, item)) return false;
-  bool fits = false;
-  bool hasBytes = false;
-  switch (type) {
-    case eParText:
-      hasBytes = item.major == kCborText || item.major == kCborBytes;
-      fits = hasBytes || item.first == kCborNull;
-      break;
-    case eParInt:
-      fits = (item.major == kCborUnsigned || item.major == kCborNegative) && item.number <= 0x7FFFFFFF;
-      break;
-    case eParUInt:
-    case eParTime: fits = item.major == kCborUnsigned && item.number <= 0xFFFFFFFF; break;
-    case eParUInt64: fits = item.major == kCborUnsigned; break;
-    case eParBool: fits = item.first == kCborFalse || item.first == kCborTrue; break;
-    case eParUuid:
-      hasBytes = true;
-      fits = item.major == kCborBytes && item.number == cUuid::kSize;
-      break;
-    case eParRecord: nested = true; [[fallthrough]];
-    case eParData:
-      hasBytes = true;
-      fits = item.major == kCborBytes;
-      break;
-    default: return Refuse("unknown parameter type", start);
-  }
+inline Bytes cScanner::ScanName(Bytes at, Bytes end) {
+  const Bytes start = at;
+  if ((*at & 0xE0) != kCborText) return Refuse("name is not a text", at);
+  std::uint64_t size = 0;
+  at = ReadItem(at, end, size);
+  if (at == nullptr) return nullptr;
+  if (size > kMaxParName) return Refuse("name is longer than 255 bytes", start);
+  if (static_cast<std::size_t>(end - at) < size) return Refuse("name ends early", start);
+  const auto length = static_cast<std::uint32_t>(size);
+  const std::uint32_t key = length >= 3 ? (Load<std::uint32_t>(at - 1) & ~0xFFu) | length
+                                        : NameKey(reinterpret_cast<const char*>(at), length);
+  return AddEntry(key, static_cast<std::uint32_t>(at - m_bytes)) ? at + length : nullptr;
+}
+
+inline Bytes cScanner::ScanValue(Bytes at, Bytes end, bool& nested) {
+  const Bytes start = at;
+  if (end - at < 2) return Refuse("ends before its value", at);
+  const unsigned type = *at++;
+  if (type == eParNone || type > eParData) return Refuse("unknown parameter type", start);
+  const unsigned char first = *at;
+  std::uint64_t number = 0;
+  at = ReadItem(at, end, number);
+  if (at == nullptr) return nullptr;
+  const cTypeRule& rule = kTypeRules[type];
+  const unsigned major = first >> 5;
+  bool fits = (rule.majors >> major & 1) != 0 && number <= rule.most;
+  if (major == 7) fits = fits && (type == eParText ? first == kCborNull : first == kCborFalse || first == kCborTrue);
+  if (type == eParUuid) fits = fits && number == cUuid::kSize;
   if (!fits) return Refuse("value does not fit its type", start);
-  if (hasBytes) {
-    if (end - at < item.number) return Refuse("value ends early", start);
-    at += static_cast<std::size_t>(item.number);
+  if (major == 2 || major == 3) {
+    if (static_cast<std::size_t>(end - at) < number) return Refuse("value ends early", start);
+    at += number;
   }
-  return true;
+  nested |= type == eParRecord;
+  return at;
 }
 
 // A record's entries stand side by side, so those of its nested records come in a second round.
-bool cScanner::ScanRecord(std::size_t begin, std::size_t end, unsigned depth, std::uint32_t& head) {
-  if (depth > kMaxRecordDepth) return Refuse("records nest deeper than 16", begin);
+bool cScanner::ScanRecord(Bytes at, Bytes end, unsigned depth, std::uint32_t& head) {
+  if (depth > kMaxRecordDepth) return Refuse("records nest deeper than 16", at) != nullptr;
   if (depth > m_depth) m_depth = depth;
-  head = m_used;
-  if (!AddEntry({0, 0, 0})) return false;
+  head = static_cast<std::uint32_t>(m_next - m_buffer->index);
+  if (!AddEntry(0, 0)) return false;
   bool nested = false;
-  for (std::size_t at = begin; at < end;)
-    if (!ScanName(at, end) || !ScanValue(at, end, nested)) return false;
-  const std::uint32_t last = m_used;
+  while (at < end) {
+    at = ScanName(at, end);
+    if (at == nullptr || (at = ScanValue(at, end, nested)) == nullptr) return false;
+  }
+  const auto last = static_cast<std::uint32_t>(m_next - m_buffer->index);
   m_buffer->index[head].at = last - head - 1;
   if (!nested) return true;
   for (std::uint32_t i = head + 1; i < last; ++i) {
-    const cRecordIndexEntry entry = m_buffer->index[i];
-    const unsigned char* at = m_bytes + entry.at + (entry.key & 0xFF);
-    if (*at++ != eParRecord) continue;
-    const auto size = static_cast<std::size_t>(ReadHead(at));
-    const auto start = static_cast<std::size_t>(at - m_bytes);
+    const cRecordIndexEntry& entry = m_buffer->index[i];
+    Bytes value = m_bytes + entry.at + (entry.key & 0xFF);
+    if (*value++ != eParRecord) continue;
+    const std::uint64_t size = ReadHead(value);
     std::uint32_t child = 0;
-    if (!ScanRecord(start, start + size, depth + 1, child)) return false;
+    if (!ScanRecord(value, value + size, depth + 1, child)) return false;
     m_buffer->index[i].child = child;
   }
   return true;
@@ -165,7 +174,7 @@ bool cScanner::ScanRecord(std::size_t begin, std::size_t end, unsigned depth, st
 bool IndexBuffer(cRecordBuffer* buffer, std::string* error) {
   cScanner scanner(buffer);
   std::uint32_t head = 0;
-  if (!scanner.ScanRecord(0, buffer->size, 1, head)) {
+  if (!scanner.ScanRecord(buffer->Bytes(), buffer->Bytes() + buffer->size, 1, head)) {
     if (error != nullptr)
       *error = FormatString("byte %zu: %s", scanner.GetFault().at, scanner.GetFault().what);
     return false;

@@ -52,6 +52,7 @@ class VORN_API cService {
 
  private:
   std::shared_ptr<detail::cLoop> m_loop;
+  bool m_stopped = false;
 };
 
 }  // namespace vorn

@@ -40,10 +40,18 @@ struct cFault {
 
 using Bytes = const unsigned char*;
 
+// Nearly all texts are ASCII.
+inline bool IsText(Bytes text, std::size_t size) {
+  return IsAscii(text, size) || IsUtf8(reinterpret_cast<const char*>(text), size);
+}
+
 class cScanner {
  public:
   explicit cScanner(cRecordBuffer* buffer)
-      : m_buffer(buffer), m_bytes(buffer->Bytes()), m_next(buffer->index), m_limit(buffer->index + buffer->indexCapacity) {}
+      : m_buffer(buffer),
+        m_bytes(buffer->Bytes()),
+        m_next(buffer->index),
+        m_limit(buffer->index + buffer->indexCapacity) {}
 
   bool ScanRecord(Bytes at, Bytes end, unsigned depth, std::uint32_t& head);
   const cFault& GetFault() const { return m_fault; }
@@ -54,15 +62,10 @@ class cScanner {
     m_fault = {what, static_cast<std::size_t>(at - m_bytes)};
     return nullptr;
   }
-  bool AddEntry(std::uint32_t key, std::uint32_t at) {
-    if (m_next == m_limit && !Grow()) return false;
-    *m_next++ = {key, at, 0};
-    return true;
-  }
   bool Grow();
   Bytes ReadLongHead(Bytes at, Bytes end, std::uint64_t& number);
   Bytes ReadItem(Bytes at, Bytes end, std::uint64_t& number);
-  Bytes ScanName(Bytes at, Bytes end);
+  Bytes ScanName(Bytes at, Bytes end, cRecordIndexEntry& entry);
   Bytes ScanValue(Bytes at, Bytes end, bool& nested);
 
   cRecordBuffer* m_buffer;
@@ -101,12 +104,18 @@ class cScanner {
 // The number in an item's head; behind the head.
 inline Bytes cScanner::ReadItem(Bytes at, Bytes end, std::uint64_t& number) {
   const unsigned low = *at & 0x1F;
-  if (low >= 24) return ReadLongHead(at, end, number);
-  number = low;
-  return at + 1;
+  if (low < 24) {
+    number = low;
+    return at + 1;
+  }
+  if (low == 24 && end - at > 1 && at[1] >= 24) {  // lengths of 24 to 255
+    number = at[1];
+    return at + 2;
+  }
+  return ReadLongHead(at, end, number);
 }
 
-inline Bytes cScanner::ScanName(Bytes at, Bytes end) {
+inline Bytes cScanner::ScanName(Bytes at, Bytes end, cRecordIndexEntry& entry) {
   const Bytes start = at;
   if ((*at & 0xE0) != kCborText) return Refuse("name is not a text", at);
   std::uint64_t size = 0;
@@ -115,9 +124,11 @@ inline Bytes cScanner::ScanName(Bytes at, Bytes end) {
   if (size > kMaxParName) return Refuse("name is longer than 255 bytes", start);
   if (static_cast<std::size_t>(end - at) < size) return Refuse("name ends early", start);
   const auto length = static_cast<std::uint32_t>(size);
-  const std::uint32_t key = length >= 3 ? (Load<std::uint32_t>(at - 1) & ~0xFFu) | length
-                                        : NameKey(reinterpret_cast<const char*>(at), length);
-  return AddEntry(key, static_cast<std::uint32_t>(at - m_bytes)) ? at + length : nullptr;
+  entry.key = length >= 3 ? (Load<std::uint32_t>(at - 1) & ~0xFFu) | length
+                          : NameKey(reinterpret_cast<const char*>(at), length);
+  entry.at = static_cast<std::uint32_t>(at - m_bytes);
+  entry.child = 0;
+  return at + length;
 }
 
 inline Bytes cScanner::ScanValue(Bytes at, Bytes end, bool& nested) {
@@ -137,6 +148,9 @@ inline Bytes cScanner::ScanValue(Bytes at, Bytes end, bool& nested) {
   if (!fits) return Refuse("value does not fit its type", start);
   if (major == 2 || major == 3) {
     if (static_cast<std::size_t>(end - at) < number) return Refuse("value ends early", start);
+    // One text has one form, so that equal records have equal bytes.
+    if (type == eParText && IsText(at, static_cast<std::size_t>(number)) != (major == 3))
+      return Refuse(major == 3 ? "text is not UTF-8" : "UTF-8 text stands as bytes", start);
     at += number;
   }
   nested |= type == eParRecord;
@@ -148,13 +162,20 @@ bool cScanner::ScanRecord(Bytes at, Bytes end, unsigned depth, std::uint32_t& he
   if (depth > kMaxRecordDepth) return Refuse("records nest deeper than 16", at) != nullptr;
   if (depth > m_depth) m_depth = depth;
   head = static_cast<std::uint32_t>(m_next - m_buffer->index);
-  if (!AddEntry(0, 0)) return false;
+  if (m_next == m_limit && !Grow()) return false;
   bool nested = false;
+  cRecordIndexEntry* next = m_next + 1;  // in a register: this loop is what a received record costs
   while (at < end) {
-    at = ScanName(at, end);
-    if (at == nullptr || (at = ScanValue(at, end, nested)) == nullptr) return false;
+    if (next == m_limit) {
+      m_next = next;
+      if (!Grow()) return false;
+      next = m_next;
+    }
+    if ((at = ScanName(at, end, *next++)) == nullptr) return false;
+    if ((at = ScanValue(at, end, nested)) == nullptr) return false;
   }
-  const auto last = static_cast<std::uint32_t>(m_next - m_buffer->index);
+  m_next = next;
+  const auto last = static_cast<std::uint32_t>(next - m_buffer->index);
   m_buffer->index[head].at = last - head - 1;
   if (!nested) return true;
   for (std::uint32_t i = head + 1; i < last; ++i) {
@@ -175,8 +196,7 @@ bool IndexBuffer(cRecordBuffer* buffer, std::string* error) {
   cScanner scanner(buffer);
   std::uint32_t head = 0;
   if (!scanner.ScanRecord(buffer->Bytes(), buffer->Bytes() + buffer->size, 1, head)) {
-    if (error != nullptr)
-      *error = FormatString("byte %zu: %s", scanner.GetFault().at, scanner.GetFault().what);
+    if (error != nullptr) *error = FormatString("byte %zu: %s", scanner.GetFault().at, scanner.GetFault().what);
     return false;
   }
   buffer->depth = static_cast<std::uint16_t>(scanner.GetDepth());

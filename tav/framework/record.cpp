@@ -35,30 +35,43 @@ const unsigned char* SkipPar(const unsigned char* at, std::string_view& name) {
 bool cRecordPar::IsEmpty() const {
   switch (GetType()) {
     case eParText:
-    case eParData: return GetBytesView().empty();
-    case eParRecord: return *ValueAt() == detail::kCborBytes;
-    case eParUuid: return !GetUuid().IsValid();
-    case eParNone: return true;
-    default: return false;
+    case eParData:
+      return GetBytesView().empty();
+    case eParRecord:
+      return *ValueAt() == detail::kCborBytes;
+    case eParUuid:
+      return !GetUuid().IsValid();
+    case eParNone:
+      return true;
+    default:
+      return false;
   }
 }
 
 std::string cRecordPar::GetText() const {
   switch (GetType()) {
-    case eParText: return std::string(GetBytesView());
-    case eParInt: return std::to_string(GetInt());
+    case eParText:
+      return std::string(GetBytesView());
+    case eParInt:
+      return std::to_string(GetInt());
     case eParUInt:
-    case eParUInt64: return std::to_string(GetUInt64());
-    case eParBool: return GetBool() ? "true" : "false";
-    case eParTime: return GetTime().ToISO8601String();
-    case eParUuid: return GetUuid().ToString();
-    case eParData: return GetData().ToString(0);
+    case eParUInt64:
+      return std::to_string(GetUInt64());
+    case eParBool:
+      return GetBool() ? "true" : "false";
+    case eParTime:
+      return GetTime().ToISO8601String();
+    case eParUuid:
+      return GetUuid().ToString();
+    case eParData:
+      return GetData().ToString(0);
     case eParRecord: {
       cRecord record;
       GetRecord(record);
       return record.ToString();
     }
-    default: return {};
+    default:
+      return {};
   }
 }
 
@@ -111,7 +124,7 @@ bool cRecord::BuildIndex() const { return detail::IndexBuffer(m_buffer, nullptr)
 
 unsigned int cRecord::GetDepth() const {
   if (IsEmpty()) return 1;
-  if (m_begin == 0 && m_end == m_buffer->size) return m_buffer->depth;
+  if (m_head == 0) return m_buffer->depth;
   unsigned int deepest = 1;
   cRecord nested;
   for (cRecordPar par = First(); par.IsValid(); par = par.Next())
@@ -119,15 +132,7 @@ unsigned int cRecord::GetDepth() const {
   return deepest;
 }
 
-std::string cRecord::GetTextPar(std::string_view name) const {
-  const cRecordPar par = GetPar(name);
-  return par.IsText() ? std::string(par.GetBytesView()) : std::string();
-}
-
-int cRecord::GetIntPar(std::string_view name) const {
-  const cRecordPar par = GetPar(name);
-  return par.IsInt() ? par.GetInt() : 0;
-}
+std::string cRecord::GetTextPar(std::string_view name) const { return std::string(GetTextView(name)); }
 
 cRecord cRecord::GetRecordPar(std::string_view name) const {
   cRecord record;
@@ -184,14 +189,16 @@ void cRecord::AppendRecordPar(std::string_view name, const cRecord& value) {
 // Out of the way of the appenders: a first buffer, a larger one, or one of its own.
 bool cRecord::MakeRoom(std::string_view name, std::size_t need) {
   if (name.size() > detail::kMaxParName) {
-    Trace(FrameworkUnit(), 2, "record: parameter '", name.substr(0, 40), "...' not appended, its name is longer than 255 bytes");
+    Trace(FrameworkUnit(), 2, "record: parameter '", name.substr(0, 40),
+          "...' not appended, its name is longer than 255 bytes");
     return false;
   }
   const std::size_t size = m_end - m_begin;
-  const bool own = m_buffer != nullptr && m_buffer->refs == 1 && m_begin == 0 && m_end == m_buffer->size;
+  const bool own = m_buffer != nullptr && m_buffer->refs == 1 && m_head == 0;
   detail::cRecordBuffer* buffer = own ? detail::GrowBuffer(m_buffer, size + need) : detail::NewBuffer(size + need);
   if (buffer == nullptr) {
-    Trace(FrameworkUnit(), 2, "record: parameter '", name, "' not appended, no room for ", need, " bytes behind ", size);
+    Trace(FrameworkUnit(), 2, "record: parameter '", name, "' not appended, no room for ", need, " bytes behind ",
+          size);
     return false;
   }
   if (!own) {
@@ -263,7 +270,10 @@ bool IsUtf8(const char* text, std::size_t size) {
   while (at < end) {
     const unsigned char lead = *at++;
     if (lead < 0x80) continue;
-    const int more = lead >= 0xC2 && lead <= 0xDF ? 1 : lead >= 0xE0 && lead <= 0xEF ? 2 : lead >= 0xF0 && lead <= 0xF4 ? 3 : 0;
+    const int more = lead >= 0xC2 && lead <= 0xDF   ? 1
+                     : lead >= 0xE0 && lead <= 0xEF ? 2
+                     : lead >= 0xF0 && lead <= 0xF4 ? 3
+                                                    : 0;
     if (more == 0 || end - at < more) return false;
     const unsigned char second = *at;
     if ((lead == 0xE0 && second < 0xA0) || (lead == 0xED && second > 0x9F) || (lead == 0xF0 && second < 0x90) ||

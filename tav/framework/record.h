@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // cRecord: an ordered list of named, typed parameters; cRecordPar: a view of one of them.
 //
-// A record is its own wire form: appending writes the encoded bytes (docs/wire-format.md), a nested record is appended as
-// it stands, and a received record is validated once and then read in place. Copies share the bytes until one is
+// A record is its own wire form: appending writes the encoded bytes (docs/wire-format.md), a nested record is appended
+// as it stands, and a received record is validated once and then read in place. Copies share the bytes until one is
 // changed. A view keeps the bytes it looks at alive, unchanged even when the record is changed later.
 //
 // Limits: a name has at most 255 bytes, records nest at most 16 deep, a record has less than 1 GiB. A parameter that
@@ -57,7 +57,8 @@ class VORN_API cRecordPar {
 
   // Whether the parameter is there.
   bool IsValid() const { return m_buffer != nullptr; }
-  // No value, or a text, data or record of length zero, or an invalid uuid; numbers, booleans and times are never empty.
+  // No value, or a text, data or record of length zero, or an invalid uuid; numbers, booleans and times are never
+  // empty.
   bool IsEmpty() const;
   // False for a text parameter that was appended without a text.
   bool HasText() const { return IsText() && *ValueAt() != detail::kCborNull; }
@@ -106,9 +107,7 @@ class VORN_API cRecordPar {
       : m_buffer(buffer), m_entry(entry), m_left(left) {}
 
   const detail::cRecordIndexEntry& Entry() const { return m_buffer->index[m_entry]; }
-  const unsigned char* TypeAt() const {
-    return m_buffer->Bytes() + Entry().at + (Entry().key & 0xFF);
-  }
+  const unsigned char* TypeAt() const { return m_buffer->Bytes() + Entry().at + (Entry().key & 0xFF); }
   const unsigned char* ValueAt() const { return TypeAt() + 1; }
   // A value of integer type as sign and magnitude; false for other types.
   bool GetInteger(bool& negative, std::uint64_t& magnitude) const;
@@ -145,44 +144,48 @@ class VORN_API cRecord {
   // when given, what is wrong at which byte offset.
   static bool FromBytes(const void* bytes, std::size_t size, cRecord& record, std::string* error = nullptr);
 
-  void AppendTextPar(std::string_view name, std::string_view value) {
-    AppendBytes(name, eParText,
-                detail::IsAscii(value.data(), value.size()) || detail::IsUtf8(value.data(), value.size())
-                    ? detail::kCborText
-                    : detail::kCborBytes,
-                value.data(), value.size());
+  [[gnu::always_inline]] void AppendTextPar(std::string_view name, std::string_view value) {
+    if (unsigned char* to = Begin(name, eParText, value.size() + 9)) {
+      unsigned char* const head = to;
+      to = detail::WriteHead(to, detail::kCborText, value.size());
+      // A text that is not UTF-8 travels as a byte string.
+      if (!detail::CopyText(to, value.data(), value.size()) && !detail::IsUtf8(value.data(), value.size()))
+        *head ^= detail::kCborText ^ detail::kCborBytes;
+      End(to + value.size());
+    }
   }
   // A null pointer appends a text parameter without a text, which stays different from an empty text.
-  void AppendTextPar(std::string_view name, const char* value) {
+  [[gnu::always_inline]] void AppendTextPar(std::string_view name, const char* value) {
     if (value != nullptr)
       AppendTextPar(name, std::string_view(value));
     else
       AppendSimple(name, eParText, detail::kCborNull);
   }
-  void AppendIntPar(std::string_view name, int value) {
+  [[gnu::always_inline]] void AppendIntPar(std::string_view name, int value) {
     if (value >= 0)
       AppendNumber(name, eParInt, detail::kCborUnsigned, static_cast<std::uint64_t>(value));
     else
-      AppendNumber(name, eParInt, detail::kCborNegative, static_cast<std::uint64_t>(-1 - static_cast<std::int64_t>(value)));
+      AppendNumber(name, eParInt, detail::kCborNegative,
+                   static_cast<std::uint64_t>(-1 - static_cast<std::int64_t>(value)));
   }
-  void AppendUIntPar(std::string_view name, unsigned int value) {
+  [[gnu::always_inline]] void AppendUIntPar(std::string_view name, unsigned int value) {
     AppendNumber(name, eParUInt, detail::kCborUnsigned, value);
   }
-  void AppendUInt64Par(std::string_view name, std::uint64_t value) {
+  [[gnu::always_inline]] void AppendUInt64Par(std::string_view name, std::uint64_t value) {
     AppendNumber(name, eParUInt64, detail::kCborUnsigned, value);
   }
-  void AppendBoolPar(std::string_view name, bool value) {
+  [[gnu::always_inline]] void AppendBoolPar(std::string_view name, bool value) {
     AppendSimple(name, eParBool, value ? detail::kCborTrue : detail::kCborFalse);
   }
   void AppendRecordPar(std::string_view name, const cRecord& value);
-  void AppendTimePar(std::string_view name, const cTime& value) {
+  [[gnu::always_inline]] void AppendTimePar(std::string_view name, const cTime& value) {
     AppendNumber(name, eParTime, detail::kCborUnsigned, value.GetSeconds());
   }
-  void AppendUuidPar(std::string_view name, const cUuid& value) {
+  [[gnu::always_inline]] void AppendUuidPar(std::string_view name, const cUuid& value) {
     AppendBytes(name, eParUuid, detail::kCborBytes, reinterpret_cast<const char*>(value.GetBytes().data()),
                 cUuid::kSize);
   }
-  void AppendDataPar(std::string_view name, const cData& value) {
+  [[gnu::always_inline]] void AppendDataPar(std::string_view name, const cData& value) {
     AppendBytes(name, eParData, detail::kCborBytes, value.AsView().data(), value.GetSize());
   }
 
@@ -229,6 +232,8 @@ class VORN_API cRecord {
 
   // The value of the first parameter of a name when it has exactly that type, else the empty value of the type.
   std::string GetTextPar(std::string_view name) const;
+  // The same without a copy; valid until the record is changed.
+  std::string_view GetTextView(std::string_view name) const;
   int GetIntPar(std::string_view name) const;
   unsigned int GetUIntPar(std::string_view name) const;
   std::uint64_t GetUInt64Par(std::string_view name) const;
@@ -280,7 +285,7 @@ class VORN_API cRecord {
     return cRecordPar(m_buffer, m_head + 1 + position, Head()->at - position - 1);
   }
   // The value of the first parameter of a name behind its type, when it has exactly that type, else null.
-  const unsigned char* ValueOf(std::string_view name, eParType type) const {
+  [[gnu::always_inline]] const unsigned char* ValueOf(std::string_view name, eParType type) const {
     const std::uint32_t position = Find(name);
     if (position == kNotFound) return nullptr;
     const detail::cRecordIndexEntry& entry = Head()[1 + position];
@@ -292,11 +297,10 @@ class VORN_API cRecord {
   // Room for a parameter of that name and so many bytes of value: behind name and type. Null when it is refused.
   [[gnu::always_inline]] unsigned char* Begin(std::string_view name, eParType type, std::size_t valueSize) {
     const std::size_t need = 2 + name.size() + 1 + valueSize;
-    if (name.size() > detail::kMaxParName || m_buffer == nullptr || m_buffer->refs != 1 || m_begin != 0 ||
-        m_end != m_buffer->size || m_buffer->capacity - m_end < need) {
+    if (name.size() > detail::kMaxParName || m_buffer == nullptr || m_buffer->refs != 1 || m_head != 0 ||
+        m_buffer->capacity - m_end < need) {
       if (!MakeRoom(name, need)) return nullptr;
     }
-    m_buffer->indexed = 0;
     unsigned char* to = detail::WriteHead(m_buffer->Bytes() + m_end, detail::kCborText, name.size());
     if (!name.empty()) std::memcpy(to, name.data(), name.size());
     to += name.size();
@@ -306,9 +310,11 @@ class VORN_API cRecord {
   [[gnu::always_inline]] void End(const unsigned char* to) {
     m_end = static_cast<std::uint32_t>(to - m_buffer->Bytes());
     m_buffer->size = m_end;
+    m_buffer->indexed = 0;
   }
   bool MakeRoom(std::string_view name, std::size_t need);
-  [[gnu::always_inline]] void AppendNumber(std::string_view name, eParType type, unsigned char major, std::uint64_t value) {
+  [[gnu::always_inline]] void AppendNumber(std::string_view name, eParType type, unsigned char major,
+                                           std::uint64_t value) {
     if (unsigned char* to = Begin(name, type, 9)) End(detail::WriteHead(to, major, value));
   }
   [[gnu::always_inline]] void AppendSimple(std::string_view name, eParType type, unsigned char value) {
@@ -317,7 +323,8 @@ class VORN_API cRecord {
       End(to + 1);
     }
   }
-  [[gnu::always_inline]] void AppendBytes(std::string_view name, eParType type, unsigned char major, const char* bytes, std::size_t size) {
+  [[gnu::always_inline]] void AppendBytes(std::string_view name, eParType type, unsigned char major, const char* bytes,
+                                          std::size_t size) {
     if (unsigned char* to = Begin(name, type, size + 9)) {
       to = detail::WriteHead(to, major, size);
       if (size != 0) std::memcpy(to, bytes, size);
@@ -342,7 +349,7 @@ class VORN_API cRecord {
   detail::cRecordBuffer* m_buffer = nullptr;
   std::uint32_t m_begin = 0;  // the part of the buffer that is this record
   std::uint32_t m_end = 0;
-  std::uint32_t m_head = 0;  // its header entry in the buffer's index
+  std::uint32_t m_head = 0;  // its header entry in the buffer's index; 0 only for a record that is the whole buffer
 };
 
 // ---- the hot accessors, inline so that a literal name's length and bytes are constants
@@ -403,17 +410,32 @@ inline cRecordPar cRecordPar::Next() const {
   return cRecordPar(m_buffer, m_entry + 1, m_left - 1);
 }
 
-inline unsigned int cRecord::GetUIntPar(std::string_view name) const {
+[[gnu::always_inline]] inline unsigned int cRecord::GetUIntPar(std::string_view name) const {
   const unsigned char* at = ValueOf(name, eParUInt);
   return at != nullptr ? static_cast<unsigned int>(detail::ReadHead(at)) : 0;
 }
 
-inline std::uint64_t cRecord::GetUInt64Par(std::string_view name) const {
+[[gnu::always_inline]] inline std::uint64_t cRecord::GetUInt64Par(std::string_view name) const {
   const unsigned char* at = ValueOf(name, eParUInt64);
   return at != nullptr ? detail::ReadHead(at) : 0;
 }
 
-inline bool cRecord::GetBoolPar(std::string_view name) const {
+[[gnu::always_inline]] inline std::string_view cRecord::GetTextView(std::string_view name) const {
+  const unsigned char* at = ValueOf(name, eParText);
+  if (at == nullptr || *at == detail::kCborNull) return {};
+  const std::uint64_t size = detail::ReadHead(at);
+  return {reinterpret_cast<const char*>(at), static_cast<std::size_t>(size)};
+}
+
+[[gnu::always_inline]] inline int cRecord::GetIntPar(std::string_view name) const {
+  const unsigned char* at = ValueOf(name, eParInt);
+  if (at == nullptr) return 0;
+  const bool negative = (*at & 0xE0) == detail::kCborNegative;
+  const auto number = static_cast<int>(detail::ReadHead(at));
+  return negative ? -1 - number : number;
+}
+
+[[gnu::always_inline]] inline bool cRecord::GetBoolPar(std::string_view name) const {
   const unsigned char* at = ValueOf(name, eParBool);
   return at != nullptr && *at == detail::kCborTrue;
 }

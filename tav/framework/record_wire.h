@@ -100,10 +100,17 @@ inline std::uint64_t ReadHead(const unsigned char*& from) {
   const unsigned low = *from++ & 0x1F;
   if (low < 24) return low;
   switch (low) {
-    case 24: return *from++;
-    case 25: from += 2; return __builtin_bswap16(Load<std::uint16_t>(from - 2));
-    case 26: from += 4; return __builtin_bswap32(Load<std::uint32_t>(from - 4));
-    default: from += 8; return __builtin_bswap64(Load<std::uint64_t>(from - 8));
+    case 24:
+      return *from++;
+    case 25:
+      from += 2;
+      return __builtin_bswap16(Load<std::uint16_t>(from - 2));
+    case 26:
+      from += 4;
+      return __builtin_bswap32(Load<std::uint32_t>(from - 4));
+    default:
+      from += 8;
+      return __builtin_bswap64(Load<std::uint64_t>(from - 8));
   }
 }
 
@@ -115,11 +122,37 @@ inline std::uint32_t NameKey(const char* name, std::size_t size) {
   return static_cast<std::uint32_t>(size) | byte(0) | byte(1) | byte(2);
 }
 
-inline bool IsAscii(const char* text, std::size_t size) {
-  constexpr std::uint64_t kHighBits = 0x8080808080808080u;
+// Covers size bytes by words, the last one overlapping the one before: visit(word of the right width, its offset).
+template <typename Visit>
+inline void ForEachWord(std::size_t size, Visit visit) {
+  if (size >= 8) {
+    for (std::size_t at = 0; at + 8 < size; at += 8) visit(std::uint64_t{}, at);
+    visit(std::uint64_t{}, size - 8);
+  } else if (size >= 4) {
+    visit(std::uint32_t{}, 0);
+    visit(std::uint32_t{}, size - 4);
+  } else {
+    for (std::size_t at = 0; at < size; ++at) visit(std::uint8_t{}, at);
+  }
+}
+
+constexpr std::uint64_t kHighBits = 0x8080808080808080u;  // set in some byte of what is not ASCII
+
+inline bool IsAscii(const unsigned char* text, std::size_t size) {
   std::uint64_t seen = 0;
-  for (; size >= 8; text += 8, size -= 8) seen |= Load<std::uint64_t>(reinterpret_cast<const unsigned char*>(text));
-  for (; size != 0; ++text, --size) seen |= static_cast<unsigned char>(*text);
+  ForEachWord(size, [&](auto word, std::size_t at) { seen |= Load<decltype(word)>(text + at); });
+  return (seen & kHighBits) == 0;
+}
+
+// Copies a text and tells whether it is ASCII in one pass; `to` has room for the text.
+inline bool CopyText(unsigned char* to, const char* text, std::size_t size) {
+  const auto* from = reinterpret_cast<const unsigned char*>(text);
+  std::uint64_t seen = 0;
+  ForEachWord(size, [&](auto word, std::size_t at) {
+    word = Load<decltype(word)>(from + at);
+    std::memcpy(to + at, &word, sizeof word);
+    seen |= word;
+  });
   return (seen & kHighBits) == 0;
 }
 

@@ -1,0 +1,197 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <gateway/service/data/data_store.h>
+
+#include <SQLiteCpp/Database.h>
+#include <SQLiteCpp/Exception.h>
+#include <sqlite3.h>
+
+#include <filesystem>
+#include <optional>
+#include <utility>
+
+#include <gateway/service/data/schema.h>
+
+namespace tav::data {
+
+namespace {
+
+constexpr int kOpenFlags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_NOMUTEX;
+constexpr int kPageSize = 4096;
+
+std::uint64_t SizeOf(const std::string& file) {
+  std::error_code error;
+  const std::uintmax_t size = std::filesystem::file_size(file, error);
+  return error ? 0 : size;
+}
+
+}  // namespace
+
+struct cDataStore::cConnection {
+  explicit cConnection(const cDataOptions& options)
+      : database(options.file, kOpenFlags, static_cast<int>(options.busyTimeout)) {}
+
+  // Statements are made anew after a fault: one that failed half-way would keep a lock, and the numbers that the
+  // dictionaries remember may never have been committed.
+  void MakeTables() {
+    tables.reset();
+    begin.reset();
+    commit.reset();
+    begin.emplace(database, "BEGIN IMMEDIATE");
+    commit.emplace(database, "COMMIT");
+    tables.emplace(database);
+  }
+  static void Run(SQLite::Statement& statement) {
+    statement.exec();
+    statement.reset();
+  }
+
+  SQLite::Database database;
+  bool prepared = false;
+  std::optional<SQLite::Statement> begin;
+  std::optional<SQLite::Statement> commit;
+  std::optional<cTables> tables;
+};
+
+cDataStore::cDataStore(cDataOptions options) : m_options(std::move(options)) {}
+
+cDataStore::~cDataStore() = default;
+
+cFault cDataStore::Open() {
+  return Guarded([this] {
+    m_connection = std::make_unique<cConnection>(m_options);
+    return Prepare();
+  });
+}
+
+cFault cDataStore::Write(const std::function<void(cTables&)>& add) {
+  return Guarded([&] {
+    if (cFault fault = Ready()) return fault;
+    if (cFault fault = CheckLog()) return fault;
+    cConnection::Run(*m_connection->begin);
+    add(*m_connection->tables);
+    m_connection->tables->readings.Flush();
+    cConnection::Run(*m_connection->commit);
+    return cFault();
+  });
+}
+
+cFault cDataStore::Read(const std::function<void(cTables&)>& ask) {
+  return Guarded([&] {
+    if (cFault fault = Ready()) return fault;
+    ask(*m_connection->tables);
+    return cFault();
+  });
+}
+
+cFault cDataStore::Checkpoint() {
+  return Guarded([this] {
+    if (cFault fault = Ready()) return fault;
+    MoveLog(SQLITE_CHECKPOINT_PASSIVE);
+    return cFault();
+  });
+}
+
+std::uint64_t cDataStore::GetFileBytes() const { return SizeOf(m_options.file); }
+
+std::uint64_t cDataStore::GetWalBytes() const { return SizeOf(m_options.file + "-wal"); }
+
+cFault cDataStore::Guarded(const std::function<cFault()>& work) {
+  cFault fault;
+  try {
+    fault = work();
+  } catch (const SQLite::Exception& exception) {
+    fault = FaultOf(exception, m_options.file);
+  } catch (const std::exception& exception) {
+    fault = {eFault::Internal, "database '" + m_options.file + "': " + exception.what()};
+  }
+  if (fault) Recover(fault.kind);
+  return fault;
+}
+
+cFault cDataStore::Ready() {
+  if (m_connection != nullptr && m_connection->tables) return {};
+  m_connection = std::make_unique<cConnection>(m_options);
+  return Prepare();
+}
+
+// Everything before Migrate only looks.
+cFault cDataStore::Prepare() {
+  SQLite::Database& database = m_connection->database;
+  const std::string name = "database '" + m_options.file + "' ";
+  if (sqlite3_db_readonly(database.getHandle(), "main") == 1) return {eFault::ReadOnly, name + "cannot be written"};
+  if (!IsOurs(database)) return {eFault::Foreign, name + "belongs to another program"};
+  const int version = GetSchemaVersion(database);
+  if (version > kSchemaVersion)
+    return {eFault::Newer, name + "has schema version " + std::to_string(version) + ", this program knows versions up to " +
+                               std::to_string(kSchemaVersion)};
+  if (GetFileBytes() <= kMaxCheckedBytes) {
+    const std::string found = database.execAndGet("PRAGMA quick_check(1)").getString();
+    if (found != "ok") return {eFault::Corrupt, name + "is damaged (" + found + ")"};
+  }
+  database.exec("PRAGMA page_size=" + std::to_string(kPageSize));
+  if (database.execAndGet("PRAGMA journal_mode=WAL").getString() != "wal")
+    return {eFault::Io, name + "cannot keep a write-ahead log in its directory"};
+  Configure();
+  Migrate(database);
+  m_connection->MakeTables();
+  m_connection->prepared = true;
+  return {};
+}
+
+void cDataStore::Configure() {
+  SQLite::Database& database = m_connection->database;
+  database.exec(m_options.durability == eDurability::Full ? "PRAGMA synchronous=FULL" : "PRAGMA synchronous=NORMAL");
+  database.exec("PRAGMA wal_autocheckpoint=0");
+  database.exec("PRAGMA journal_size_limit=" + std::to_string(std::int64_t{kWalBusyPages} * kPageSize));
+  database.exec("PRAGMA cache_size=-8000");
+  database.exec("PRAGMA temp_store=MEMORY");
+  if (m_options.maxBytes != 0)
+    database.exec("PRAGMA max_page_count=" + std::to_string(m_options.maxBytes / kPageSize));
+  m_walPages = static_cast<int>(GetWalBytes() / kPageSize);
+  sqlite3_wal_hook(database.getHandle(), &cDataStore::OnCommit, this);
+}
+
+cFault cDataStore::CheckLog() {
+  if (m_walPages < kWalBusyPages) return {};
+  // Without waiting: others may only keep the log from being emptied, not the service from going on.
+  sqlite3* const handle = m_connection->database.getHandle();
+  sqlite3_busy_timeout(handle, 0);
+  MoveLog(SQLITE_CHECKPOINT_RESTART);
+  sqlite3_busy_timeout(handle, static_cast<int>(m_options.busyTimeout));
+  if (m_walPages < kWalMaxPages) return {};
+  return {eFault::Full, "database '" + m_options.file + "' takes no more: its write-ahead log has " +
+                            std::to_string(m_walPages) +
+                            " pages and cannot be emptied while another process keeps a transaction open"};
+}
+
+void cDataStore::Recover(eFault kind) {
+  if (m_connection == nullptr) return;
+  sqlite3* const handle = m_connection->database.getHandle();
+  try {
+    m_connection->tables.reset();
+    if (sqlite3_get_autocommit(handle) == 0) m_connection->database.exec("ROLLBACK");
+    if (m_connection->prepared && (kind == eFault::Busy || kind == eFault::Full)) m_connection->MakeTables();
+  } catch (const SQLite::Exception&) {
+    m_connection->tables.reset();
+  }
+  // Whatever else has happened, the file may be another one by now.
+  if (!m_connection->tables) m_connection.reset();
+}
+
+void cDataStore::MoveLog(int mode) {
+  int pages = 0;
+  int moved = 0;
+  sqlite3* const handle = m_connection->database.getHandle();
+  const int result = sqlite3_wal_checkpoint_v2(handle, nullptr, mode, &pages, &moved);
+  if (result != SQLITE_OK && result != SQLITE_BUSY) throw SQLite::Exception(handle, result);
+  // A log that was moved whole is written from its start again, unless somebody still reads it: then the next commit
+  // tells its true size.
+  if (result == SQLITE_OK && moved == pages) m_walPages = 0;
+}
+
+int cDataStore::OnCommit(void* self, sqlite3*, const char*, int pages) {
+  static_cast<cDataStore*>(self)->m_walPages = pages;
+  return SQLITE_OK;
+}
+
+}  // namespace tav::data

@@ -1,0 +1,92 @@
+// SPDX-License-Identifier: Apache-2.0
+// cDataStore: the database file, and what is stored in it. Nothing here throws; what stands in the way is a cFault.
+//
+// All writing is done in whole transactions: what the function given to Write has added is committed together, or none
+// of it is there. After a fault the file is opened anew when that can help, so that work goes on once its cause is gone.
+// A file that is damaged or of somebody else is never changed, and no file is ever deleted.
+//
+// docs/storage.md tells about durability, limits and recovery.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string>
+
+#include <gateway/service/data/event_store.h>
+#include <gateway/service/data/fault.h>
+#include <gateway/service/data/reading_query.h>
+#include <gateway/service/data/reading_store.h>
+#include <gateway/service/data/value_store.h>
+
+namespace tav::data {
+
+enum class eDurability {
+  Full,    // what is committed survives a power cut
+  Normal,  // it survives the end of the process; a power cut may take the last commits, never parts of one
+};
+
+struct cDataOptions {
+  std::string file;
+  eDurability durability = eDurability::Full;
+  std::uint64_t maxBytes = 0;      // of the database file, its log not counted; 0: no limit but the disk's
+  unsigned int busyTimeout = 100;  // milliseconds to wait for another process's lock, with the service standing still
+};
+
+// The tables of an open database.
+struct cTables {
+  explicit cTables(SQLite::Database& database)
+      : readings(database), query(database), events(database), values(database) {}
+
+  cReadingStore readings;
+  cReadingQuery query;
+  cEventStore events;
+  cValueStore values;
+};
+
+class cDataStore {
+ public:
+  // Size of the write-ahead log, in pages of 4 KiB: from the first on an idle service empties it, from the second on a
+  // commit does, beyond the third nothing is stored until the process that holds it full lets go.
+  static constexpr int kWalIdlePages = 256;
+  static constexpr int kWalBusyPages = 4096;
+  static constexpr int kWalMaxPages = 16384;
+  // A file up to this size is checked whole when it is opened, a larger one only where it is read.
+  static constexpr std::uint64_t kMaxCheckedBytes = std::uint64_t{32} << 20;
+
+  explicit cDataStore(cDataOptions options);
+  ~cDataStore();
+  cDataStore(const cDataStore&) = delete;
+  cDataStore& operator=(const cDataStore&) = delete;
+
+  // Opens the file, makes it when there is none, and brings its tables up to date. The directory must be there.
+  cFault Open();
+  cFault Write(const std::function<void(cTables&)>& add);
+  cFault Read(const std::function<void(cTables&)>& ask);
+
+  // Whether an idle moment should be used for Checkpoint, which moves the log into the database file.
+  bool NeedsCheckpoint() const { return m_walPages >= kWalIdlePages; }
+  cFault Checkpoint();
+
+  const cDataOptions& GetOptions() const { return m_options; }
+  std::uint64_t GetFileBytes() const;
+  std::uint64_t GetWalBytes() const;
+
+ private:
+  struct cConnection;
+
+  cFault Guarded(const std::function<cFault()>& work);
+  cFault Ready();
+  cFault Prepare();
+  void Configure();
+  cFault CheckLog();
+  void Recover(eFault kind);
+  void MoveLog(int mode);
+  static int OnCommit(void* self, struct sqlite3* database, const char* name, int pages);
+
+  cDataOptions m_options;
+  std::unique_ptr<cConnection> m_connection;
+  int m_walPages = 0;
+};
+
+}  // namespace tav::data

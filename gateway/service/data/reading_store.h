@@ -1,0 +1,68 @@
+// SPDX-License-Identifier: Apache-2.0
+// cReadingStore: writes readings into the tables, inside a transaction that its owner has opened.
+//
+// The same value (meter, time, OBIS identifier and text) is stored once however often it comes; a reading that brings
+// nothing new leaves nothing behind. Readings of one meter and second that differ in anything are kept side by side.
+// Operations throw SQLite::Exception; after a rolled back transaction make a new one.
+#pragma once
+
+#include <SQLiteCpp/Statement.h>
+
+#include <cstddef>
+#include <cstdint>
+
+#include <gateway/service/data/dictionary.h>
+#include <gateway/service/data/reading_view.h>
+#include <gateway/service/data/series.h>
+
+namespace tav::data {
+
+class cReadingStore {
+ public:
+  // Readings of one meter and second that differ in more than their values. What comes beyond is refused.
+  static constexpr std::int64_t kMaxSequence = 0xFFFF;
+
+  enum class eOutcome { Stored, NothingNew, Refused };
+
+  explicit cReadingStore(SQLite::Database& database);
+
+  // Refused: see kMaxSequence.
+  eOutcome Add(const cReadingView& reading);
+  // Call before the commit.
+  void Flush() { m_series.Flush(); }
+
+ private:
+  // The row that the values of a reading belong to.
+  struct cRow {
+    std::int64_t meter;
+    std::int64_t time;
+    std::int64_t seq;
+    bool fresh;  // made for this reading
+  };
+
+  cRow OpenRow(const cReadingView& reading);
+  std::int64_t FindSequence(const cReadingView& reading, std::int64_t meter, std::int64_t origin, std::int64_t state);
+  bool InsertRow(const cReadingView& reading, std::int64_t meter, std::int64_t seq, std::int64_t origin,
+                 std::int64_t state);
+  void InsertExtra(const cReadingView& reading, const cRow& row);
+  void DeleteRow(const cRow& row);
+  bool AddEntry(const cEntryView& entry, const cRow& row);
+  void InsertSignature(const cEntryView& entry, std::int64_t meter, std::int64_t obis);
+
+  cDictionary m_meters;
+  cDictionary m_obis;
+  cDictionary m_forms;
+  cDictionary m_origins;
+  cDictionary m_states;
+  cSeries m_series;
+  SQLite::Statement m_insertReading;
+  SQLite::Statement m_findSame;
+  SQLite::Statement m_lastSequence;
+  SQLite::Statement m_insertExtra;
+  SQLite::Statement m_deleteReading;
+  SQLite::Statement m_insertValue;
+  SQLite::Statement m_insertSignature;
+  cStoredValue m_value;  // of the entry at hand, kept for its room
+};
+
+}  // namespace tav::data

@@ -1,0 +1,97 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <gateway/service/data/schema.h>
+
+#include <SQLiteCpp/Database.h>
+#include <SQLiteCpp/Transaction.h>
+
+#include <iterator>
+
+#include <gateway/service/data/decimal_code.h>
+
+namespace tav::data {
+
+namespace {
+
+// Texts that repeat stand once, in the dictionaries meter, obis, form, origin and state. The rows of one meter lie
+// beside each other in the order of time, and the key of a value is what makes it the same value when it comes again.
+constexpr const char* kReadings = R"(
+CREATE TABLE meter(id INTEGER PRIMARY KEY, name TEXT NOT NULL UNIQUE);
+CREATE TABLE obis(id INTEGER PRIMARY KEY, name TEXT NOT NULL UNIQUE);
+CREATE TABLE form(id INTEGER PRIMARY KEY, unit TEXT NOT NULL, time_source INTEGER NOT NULL, UNIQUE(unit, time_source));
+CREATE TABLE origin(id INTEGER PRIMARY KEY, driver TEXT NOT NULL, addr TEXT NOT NULL, manufactor TEXT NOT NULL,
+  medium TEXT NOT NULL, interface_name TEXT NOT NULL, interface_protocol TEXT NOT NULL, interface_options TEXT NOT NULL,
+  UNIQUE(driver, addr, manufactor, medium, interface_name, interface_protocol, interface_options));
+CREATE TABLE state(id INTEGER PRIMARY KEY, status TEXT NOT NULL, time_source INTEGER NOT NULL, learning INTEGER NOT NULL,
+  event_raster INTEGER NOT NULL, UNIQUE(status, time_source, learning, event_raster));
+CREATE TABLE reading(meter INTEGER, time INTEGER, seq INTEGER, origin INTEGER NOT NULL, state INTEGER NOT NULL,
+  osc INTEGER NOT NULL, rssi INTEGER NOT NULL, PRIMARY KEY(meter, time, seq)) WITHOUT ROWID;
+CREATE TABLE reading_extra(meter INTEGER, time INTEGER, seq INTEGER, raw BLOB NOT NULL, store_utc INTEGER NOT NULL,
+  store_osc INTEGER NOT NULL, PRIMARY KEY(meter, time, seq)) WITHOUT ROWID;
+CREATE TABLE value(meter INTEGER, time INTEGER, obis INTEGER, value, form INTEGER NOT NULL, owner INTEGER,
+  PRIMARY KEY(meter, time, obis, value)) WITHOUT ROWID;
+CREATE TABLE signature(meter INTEGER, time INTEGER, obis INTEGER, value, signature BLOB NOT NULL,
+  PRIMARY KEY(meter, time, obis, value)) WITHOUT ROWID;
+CREATE TABLE event(id INTEGER PRIMARY KEY, time INTEGER NOT NULL, record BLOB NOT NULL);
+CREATE INDEX event_by_time ON event(time);
+CREATE TABLE store_value(store TEXT, key TEXT, value TEXT NOT NULL, PRIMARY KEY(store, key)) WITHOUT ROWID;
+
+CREATE VIEW readings AS
+  SELECT m.name AS meter, r.time, datetime(r.time, 'unixepoch') AS utc, r.seq, s.time_source, o.driver, o.addr,
+    o.manufactor, o.medium, s.status, r.rssi, r.osc, s.learning, s.event_raster, o.interface_name, o.interface_protocol,
+    o.interface_options, x.raw, ifnull(x.store_utc, 0) AS store_utc, ifnull(x.store_osc, 0) AS store_osc
+  FROM reading r CROSS JOIN meter m ON m.id=r.meter CROSS JOIN origin o ON o.id=r.origin CROSS JOIN state s ON s.id=r.state
+    LEFT JOIN reading_extra x ON x.meter=r.meter AND x.time=r.time AND x.seq=r.seq;
+CREATE VIEW reading_values AS
+  SELECT m.name AS meter, v.time, datetime(v.time, 'unixepoch') AS utc, o.name AS obis, $value AS value, f.unit,
+    f.time_source, g.signature, ifnull(v.owner>>16, v.time) AS reading_time, ifnull(v.owner&65535, 0) AS reading_seq
+  FROM value v CROSS JOIN meter m ON m.id=v.meter CROSS JOIN obis o ON o.id=v.obis CROSS JOIN form f ON f.id=v.form
+    LEFT JOIN signature g ON g.meter=v.meter AND g.time=v.time AND g.obis=v.obis AND g.value=v.value;
+)";
+
+// How many values a meter has of each OBIS identifier, and its last one, without walking through them.
+constexpr const char* kSeries = R"(
+CREATE TABLE series(meter INTEGER, obis INTEGER, count INTEGER NOT NULL, time INTEGER NOT NULL, value,
+  form INTEGER NOT NULL, PRIMARY KEY(meter, obis)) WITHOUT ROWID;
+INSERT INTO series SELECT meter, obis, count(*), max(time), value, form FROM value GROUP BY meter, obis;
+CREATE VIEW last_values AS
+  SELECT m.name AS meter, v.time, datetime(v.time, 'unixepoch') AS utc, o.name AS obis, $value AS value, f.unit,
+    f.time_source, v.count
+  FROM series v CROSS JOIN meter m ON m.id=v.meter CROSS JOIN obis o ON o.id=v.obis CROSS JOIN form f ON f.id=v.form;
+)";
+
+constexpr const char* kSteps[] = {kReadings, kSeries};
+static_assert(std::size(kSteps) == kSchemaVersion);
+
+std::string WithUnpacking(std::string sql) {
+  constexpr std::string_view kMark = "$value";
+  const std::string unpacked = UnpackSql("v.value");
+  for (std::size_t at = sql.find(kMark); at != std::string::npos; at = sql.find(kMark, at + unpacked.size()))
+    sql.replace(at, kMark.size(), unpacked);
+  return sql;
+}
+
+void TakeStep(SQLite::Database& database, int version) {
+  SQLite::Transaction transaction(database, SQLite::TransactionBehavior::IMMEDIATE);
+  if (GetSchemaVersion(database) >= version) return;  // another process was faster
+  database.exec(WithUnpacking(kSteps[version - 1]));
+  database.exec("PRAGMA application_id=" + std::to_string(kApplicationId));
+  database.exec("PRAGMA user_version=" + std::to_string(version));
+  transaction.commit();
+}
+
+}  // namespace
+
+int GetSchemaVersion(SQLite::Database& database) { return database.execAndGet("PRAGMA user_version").getInt(); }
+
+bool IsOurs(SQLite::Database& database) {
+  const int id = database.execAndGet("PRAGMA application_id").getInt();
+  if (id == kApplicationId) return true;
+  return id == 0 && GetSchemaVersion(database) == 0 &&
+         database.execAndGet("SELECT count(*) FROM sqlite_schema").getInt() == 0;
+}
+
+void Migrate(SQLite::Database& database, int version) {
+  for (int next = GetSchemaVersion(database) + 1; next <= version; ++next) TakeStep(database, next);
+}
+
+}  // namespace tav::data

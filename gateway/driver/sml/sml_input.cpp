@@ -1,0 +1,49 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <gateway/driver/sml/sml_input.h>
+
+#include <utility>
+
+namespace tav::sml {
+
+namespace {
+
+constexpr std::string_view kStart("\x1B\x1B\x1B\x1B\x01\x01\x01\x01", 8);
+constexpr char kMessage = 0x76;  // a list of six
+
+int Digit(char c) {
+  if (c >= '0' && c <= '9') return c - '0';
+  if (c >= 'A' && c <= 'F') return c - 'A' + 10;
+  if (c >= 'a' && c <= 'f') return c - 'a' + 10;
+  return -1;
+}
+
+bool IsBlank(char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\n'; }
+
+bool FromDigits(std::string_view text, std::string& bytes) {
+  for (std::size_t at = 0; at < text.size();) {
+    if (IsBlank(text[at])) {
+      ++at;
+      continue;
+    }
+    const int high = Digit(text[at]);
+    const int low = at + 1 < text.size() ? Digit(text[at + 1]) : -1;
+    if (high < 0 || low < 0) return false;
+    bytes += static_cast<char>(high << 4 | low);
+    at += 2;
+  }
+  return !bytes.empty();
+}
+
+}  // namespace
+
+cSmlInput::cSmlInput(std::string_view capture) {
+  std::string bytes;
+  m_hexText = FromDigits(capture, bytes);
+  m_bytes = m_hexText ? std::move(bytes) : std::string(capture);
+}
+
+bool cSmlInput::IsPayload() const {
+  return !m_bytes.empty() && m_bytes.front() == kMessage && m_bytes.find(kStart) == std::string::npos;
+}
+
+}  // namespace tav::sml

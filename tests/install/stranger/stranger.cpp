@@ -1,0 +1,66 @@
+// SPDX-License-Identifier: Apache-2.0
+// A gateway process in small: a database control service that keeps one reading in memory, and a driver that hands it
+// one, both on one loop over a real socket. Prints the reading; the exit status says whether it arrived.
+#include <cstdio>
+#include <string>
+
+#include <tav/framework/scm_server.h>
+#include <tav/framework/scm_service.h>
+#include <tav/record/meter_record.h>
+#include <tav/service/db_ctrl_io.h>
+#include <tav/service/db_ctrl_protocol.h>
+#include <tav/tav.h>
+
+namespace {
+
+class cKeeper : public vorn::cScmServer {
+ public:
+  explicit cKeeper(vorn::cScmService* service) : cScmServer(service, "data") {}
+
+  bool DispatchMessage(const vorn::cMsg& msg) override {
+    vorn::cMsg answer;
+    answer.SetId(msg.GetId());
+    if (msg.GetType() == tav::db_ctrl::eRegisterDriver) {
+      answer.SetType(tav::db_ctrl::eDriverRegistered);
+    } else if (msg.GetType() == tav::db_ctrl::eStoreMeterRec) {
+      m_stored = m_reading.FromRecord(msg.Record().GetRecordPar("meter-record"));
+      answer.SetType(tav::db_ctrl::eMeterRecStored);
+    } else {
+      return false;
+    }
+    return msg.GetReplyChannel()->Send(answer) == 1;
+  }
+
+  bool HasStored() const { return m_stored; }
+  const tav::cMeterRecord& GetReading() const { return m_reading; }
+
+ private:
+  tav::cMeterRecord m_reading;
+  bool m_stored = false;
+};
+
+}  // namespace
+
+int main(int, char** argv) {
+  vorn::cScmService process("stranger", argv[1]);
+  cKeeper keeper(&process);
+  if (!keeper.IsListening()) {
+    std::fprintf(stderr, "%s\n", keeper.GetError().c_str());
+    return 1;
+  }
+  tav::cDbCtrlIO db(&process, "stranger");
+
+  tav::cMeterRecord reading("stranger", "TAV", "E", "12345678", "1", "", 1393675200, tav::cMeterTav::eTsMeter, 1);
+  reading.AddMeasurementEntry(
+      tav::cMeasurementEntry("1-0:1.8.0", "1234.5", "kWh", 1393675200, tav::cMeterTav::eTsMeter));
+  std::printf("%s\n", reading.ToString().c_str());
+  db.StoreMeterRec(reading);
+
+  for (int turns = 0; turns < 500 && !keeper.HasStored(); ++turns) process.Poll(10);
+  if (!keeper.HasStored() || keeper.GetReading().GetMeterID() != "12345678") {
+    std::fprintf(stderr, "the reading did not arrive\n");
+    return 1;
+  }
+  std::puts("stored");
+  return 0;
+}

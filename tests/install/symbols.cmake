@@ -1,0 +1,28 @@
+# SPDX-License-Identifier: Apache-2.0
+# The names a library shows: those of its own namespaces (tav, vorn, xml, and the class XMLNode), of whatever kind. Weak
+# instances of the standard library's templates are shown by every C++ library and are none of its interface.
+execute_process(COMMAND ${NM} -DC --defined-only ${LIBRARY} OUTPUT_VARIABLE output COMMAND_ERROR_IS_FATAL ANY)
+string(REPLACE ";" "," output "${output}")
+string(REPLACE "[" "(" output "${output}")
+string(REPLACE "]" ")" output "${output}")
+string(REGEX MATCHALL "[^\n]+" lines "${output}")
+
+set(kind "(vtable for |VTT for |typeinfo for |typeinfo name for |guard variable for |(non-virtual|virtual) thunk to )?")
+set(own 0)
+set(foreign "")
+foreach(line IN LISTS lines)
+  string(REGEX REPLACE "^[0-9a-f]* *([A-Za-z]) (.*)$" "\\1;\\2" parts "${line}")
+  list(GET parts 0 class)
+  list(GET parts 1 name)
+  if(name MATCHES "^${kind}(tav|vorn|xml)::" OR name MATCHES "^${kind}XMLNode(::|$)")
+    math(EXPR own "${own} + 1")
+  elseif(NOT (class MATCHES "^[VWu]$" AND name MATCHES "(std|__gnu_cxx)::"))
+    string(APPEND foreign "\n${line}")
+  endif()
+endforeach()
+if(foreign)
+  message(FATAL_ERROR "${LIBRARY} shows names that are not its own:${foreign}")
+endif()
+if(own LESS 50)
+  message(FATAL_ERROR "${LIBRARY} shows only ${own} names of its own")
+endif()

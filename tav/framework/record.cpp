@@ -150,7 +150,7 @@ cData cRecord::GetDataPar(std::string_view name) const {
 }
 
 std::string cRecord::ToString(std::size_t maxData, unsigned int level) const {
-  const std::string indent(level * 2, ' ');
+  const std::string indent(std::size_t{level} * 2, ' ');
   std::string text;
   for (cRecordPar par = First(); par.IsValid(); par = par.Next()) {
     text += indent;
@@ -179,7 +179,8 @@ void cRecord::AppendRecordPar(std::string_view name, const cRecord& value) {
     Trace(FrameworkUnit(), 2, "record: parameter '", name, "' not appended, records nest deeper than 16");
     return;
   }
-  const cRecord kept = value;  // a record may be appended to itself
+  // A record may be appended to itself.
+  const cRecord kept = value;  // NOLINT(performance-unnecessary-copy-initialization)
   const std::string_view bytes = kept.GetBytes();
   const std::size_t before = GetBytes().size();
   AppendBytes(name, eParRecord, detail::kCborBytes, bytes.data(), bytes.size());

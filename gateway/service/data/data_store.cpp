@@ -66,6 +66,7 @@ cFault cDataStore::Open() {
 cFault cDataStore::Write(const std::function<void(cTables&)>& add) {
   return Guarded([&] {
     if (cFault fault = Ready()) return fault;
+    if (cFault fault = CheckPlace()) return fault;
     if (cFault fault = CheckLog()) return fault;
     cConnection::Run(*m_connection->begin);
     add(*m_connection->tables);
@@ -104,7 +105,10 @@ cFault cDataStore::Guarded(const std::function<cFault()>& work) {
   } catch (const std::exception& exception) {
     fault = {eFault::Internal, "database '" + m_options.file + "': " + exception.what()};
   }
-  if (fault) Recover(fault.kind);
+  if (fault)
+    Recover(fault.kind);
+  else
+    m_failedBefore = false;
   return fault;
 }
 
@@ -122,8 +126,8 @@ cFault cDataStore::Prepare() {
   if (!IsOurs(database)) return {eFault::Foreign, name + "belongs to another program"};
   const int version = GetSchemaVersion(database);
   if (version > kSchemaVersion)
-    return {eFault::Newer, name + "has schema version " + std::to_string(version) + ", this program knows versions up to " +
-                               std::to_string(kSchemaVersion)};
+    return {eFault::Newer, name + "has schema version " + std::to_string(version) +
+                               ", this program knows versions up to " + std::to_string(kSchemaVersion)};
   if (GetFileBytes() <= kMaxCheckedBytes) {
     const std::string found = database.execAndGet("PRAGMA quick_check(1)").getString();
     if (found != "ok") return {eFault::Corrupt, name + "is damaged (" + found + ")"};
@@ -145,10 +149,18 @@ void cDataStore::Configure() {
   database.exec("PRAGMA journal_size_limit=" + std::to_string(std::int64_t{kWalBusyPages} * kPageSize));
   database.exec("PRAGMA cache_size=-8000");
   database.exec("PRAGMA temp_store=MEMORY");
-  if (m_options.maxBytes != 0)
-    database.exec("PRAGMA max_page_count=" + std::to_string(m_options.maxBytes / kPageSize));
+  if (m_options.maxBytes != 0) database.exec("PRAGMA max_page_count=" + std::to_string(m_options.maxBytes / kPageSize));
   m_walPages = static_cast<int>(GetWalBytes() / kPageSize);
   sqlite3_wal_hook(database.getHandle(), &cDataStore::OnCommit, this);
+}
+
+// What would be written to a file that nobody can open any more is lost with the process.
+cFault cDataStore::CheckPlace() {
+  int moved = 0;
+  sqlite3_file_control(m_connection->database.getHandle(), "main", SQLITE_FCNTL_HAS_MOVED, &moved);
+  if (moved == 0) return {};
+  return {eFault::Moved, "database '" + m_options.file +
+                             "' was removed or replaced while in use: put it back, or restart the service"};
 }
 
 cFault cDataStore::CheckLog() {
@@ -164,17 +176,20 @@ cFault cDataStore::CheckLog() {
                             " pages and cannot be emptied while another process keeps a transaction open"};
 }
 
+// A file that failed once is kept: what was refused could turn up in it when its log is read again. One that fails
+// again may be another one by now.
 void cDataStore::Recover(eFault kind) {
   if (m_connection == nullptr) return;
-  sqlite3* const handle = m_connection->database.getHandle();
+  const bool passes = kind == eFault::Busy || kind == eFault::Full || kind == eFault::Moved;
+  const bool keep = m_connection->prepared && (passes || (kind != eFault::Corrupt && !m_failedBefore));
+  if (!passes) m_failedBefore = true;
   try {
     m_connection->tables.reset();
-    if (sqlite3_get_autocommit(handle) == 0) m_connection->database.exec("ROLLBACK");
-    if (m_connection->prepared && (kind == eFault::Busy || kind == eFault::Full)) m_connection->MakeTables();
+    if (sqlite3_get_autocommit(m_connection->database.getHandle()) == 0) m_connection->database.exec("ROLLBACK");
+    if (keep) m_connection->MakeTables();
   } catch (const SQLite::Exception&) {
     m_connection->tables.reset();
   }
-  // Whatever else has happened, the file may be another one by now.
   if (!m_connection->tables) m_connection.reset();
 }
 

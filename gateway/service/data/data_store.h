@@ -2,8 +2,8 @@
 // cDataStore: the database file, and what is stored in it. Nothing here throws; what stands in the way is a cFault.
 //
 // All writing is done in whole transactions: what the function given to Write has added is committed together, or none
-// of it is there. After a fault the file is opened anew when that can help, so that work goes on once its cause is gone.
-// A file that is damaged or of somebody else is never changed, and no file is ever deleted.
+// of it is there. After a fault the file is opened anew when that can help, so that work goes on once its cause is
+// gone. A file that is damaged or of somebody else is never changed, and no file is ever deleted.
 //
 // docs/storage.md tells about durability, limits and recovery.
 #pragma once
@@ -79,6 +79,7 @@ class cDataStore {
   cFault Ready();
   cFault Prepare();
   void Configure();
+  cFault CheckPlace();
   cFault CheckLog();
   void Recover(eFault kind);
   void MoveLog(int mode);
@@ -87,6 +88,7 @@ class cDataStore {
   cDataOptions m_options;
   std::unique_ptr<cConnection> m_connection;
   int m_walPages = 0;
+  bool m_failedBefore = false;
 };
 
 }  // namespace tav::data

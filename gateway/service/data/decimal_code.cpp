@@ -48,9 +48,9 @@ std::string UnpackDecimal(std::int64_t packed) {
 std::string UnpackSql(const std::string& column) {
   const std::string scale = "(abs(" + column + ")&15)";
   const std::string digits = "printf('%0*d'," + scale + "+1,abs(" + column + ")>>4)";
-  return "CASE WHEN typeof(" + column + ")<>'integer' THEN " + column + " ELSE iif(" + column +
-         "<0,'-','')||iif(" + scale + "=0," + digits + ",substr(" + digits + ",1,length(" + digits + ")-" + scale +
-         ")||'.'||substr(" + digits + ",-" + scale + ")) END";
+  return "CASE WHEN typeof(" + column + ")<>'integer' THEN " + column + " ELSE iif(" + column + "<0,'-','')||iif(" +
+         scale + "=0," + digits + ",substr(" + digits + ",1,length(" + digits + ")-" + scale + ")||'.'||substr(" +
+         digits + ",-" + scale + ")) END";
 }
 
 }  // namespace tav::data

@@ -15,16 +15,16 @@ struct cKnown {
 };
 
 constexpr cKnown kKnown[] = {
-    {SQLITE_BUSY,     eFault::Busy,     "another process holds its lock"},
-    {SQLITE_LOCKED,   eFault::Busy,     "another statement holds its lock"},
-    {SQLITE_FULL,     eFault::Full,     "no room left"},
+    {SQLITE_BUSY, eFault::Busy, "another process holds its lock"},
+    {SQLITE_LOCKED, eFault::Busy, "another statement holds its lock"},
+    {SQLITE_FULL, eFault::Full, "no room left"},
     {SQLITE_READONLY, eFault::ReadOnly, "cannot be written"},
-    {SQLITE_PERM,     eFault::ReadOnly, "access denied"},
-    {SQLITE_AUTH,     eFault::ReadOnly, "access denied"},
-    {SQLITE_IOERR,    eFault::Io,       "input/output error"},
-    {SQLITE_CANTOPEN, eFault::Io,       "cannot be opened"},
-    {SQLITE_CORRUPT,  eFault::Corrupt,  "is damaged"},
-    {SQLITE_NOTADB,   eFault::Corrupt,  "is damaged, or no database"},
+    {SQLITE_PERM, eFault::ReadOnly, "access denied"},
+    {SQLITE_AUTH, eFault::ReadOnly, "access denied"},
+    {SQLITE_IOERR, eFault::Io, "input/output error"},
+    {SQLITE_CANTOPEN, eFault::Io, "cannot be opened"},
+    {SQLITE_CORRUPT, eFault::Corrupt, "is damaged"},
+    {SQLITE_NOTADB, eFault::Corrupt, "is damaged, or no database"},
 };
 
 }  // namespace

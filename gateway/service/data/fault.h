@@ -16,6 +16,7 @@ enum class eFault {
   Full,      // disk, quota or size limit: try again when there is room
   ReadOnly,  // file or file system: try again when it is writable
   Io,        // the system refuses to read, write or open
+  Moved,     // no longer where it was: to be put back
   Corrupt,   // damaged, or no database: a person has to look at it
   Foreign,   // a database of another program
   Newer,     // written by a later version of this program

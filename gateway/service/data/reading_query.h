@@ -45,17 +45,17 @@ struct cValueRow {
   std::string obis;
   std::string value;  // exactly as it came
   std::string unit;
-  std::string signature;       // empty when there is none
-  unsigned int time = 0;       // seconds UTC
+  std::string signature;        // empty when there is none
+  unsigned int time = 0;        // seconds UTC
   unsigned int timeSource = 0;  // tav::cMeterTav::eTimeSource
 };
 
 struct cValueSelection {
-  std::string meterId;
-  std::string obis;  // empty: all
+  std::string meterId = {};
+  std::string obis = {};  // empty: all
   unsigned int from = 0;
   unsigned int to = 0xFFFFFFFF;
-  std::optional<cValueCursor> after;
+  std::optional<cValueCursor> after = {};
 };
 
 class cReadingQuery {

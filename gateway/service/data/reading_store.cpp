@@ -41,8 +41,9 @@ cReadingStore::cReadingStore(SQLite::Database& database)
     : m_meters(database, "meter", {"name"}),
       m_obis(database, "obis", {"name"}),
       m_forms(database, "form", {"unit", "time_source"}),
-      m_origins(database, "origin",
-                {"driver", "addr", "manufactor", "medium", "interface_name", "interface_protocol", "interface_options"}),
+      m_origins(
+          database, "origin",
+          {"driver", "addr", "manufactor", "medium", "interface_name", "interface_protocol", "interface_options"}),
       m_states(database, "state", {"status", "time_source", "learning", "event_raster"}),
       m_series(database),
       m_insertReading(database, "INSERT OR IGNORE INTO reading VALUES(?,?,?,?,?,?,?)"),

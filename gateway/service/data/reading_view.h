@@ -62,8 +62,8 @@ class cReadingView {
   unsigned int TimeSourceOf(const vorn::cRecordPar& parameter);
 
   std::string m_error;
-  std::deque<std::string> m_texts;                  // of parameters that are texts only in their text form
-  std::unordered_set<std::string_view> m_names;     // of the entries, once there are many
+  std::deque<std::string> m_texts;               // of parameters that are texts only in their text form
+  std::unordered_set<std::string_view> m_names;  // of the entries, once there are many
 };
 
 }  // namespace tav::data

@@ -22,8 +22,7 @@ class cValueStore {
   // Sets a value in place of an earlier one. False: the store would become larger than kMaxStoreSize.
   bool Set(const std::string& store, const std::string& key, const std::string& value);
   // All pairs of a store, in the order of the keys.
-  void Get(const std::string& store,
-           const std::function<void(const std::string& key, const std::string& value)>& pair);
+  void Get(const std::string& store, const std::function<void(const std::string& key, const std::string& value)>& pair);
   // The names of the stores behind one, in order, until the function returns false.
   void List(const std::string& after, const std::function<bool(const std::string& store)>& name);
 

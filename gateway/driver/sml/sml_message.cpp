@@ -107,6 +107,13 @@ const char* SmlBodyText(std::uint32_t tag) {
   return "unknown";
 }
 
+std::optional<std::uint32_t> cSmlList::MeterTime() const {
+  if (sensorTime.IsAbsolute()) return sensorTime.seconds;
+  for (const cSmlEntry& entry : entries)
+    if (entry.time.IsAbsolute()) return entry.time.seconds;
+  return std::nullopt;
+}
+
 void cSmlMessages::Begin(cBytes payload) {
   m_payload = payload;
   m_at = 0;
@@ -118,6 +125,8 @@ bool cSmlMessages::Next(cSmlMessage& message) {
   while (m_at < m_payload.size() && m_payload[m_at] == kEndOfMessage) ++m_at;
   if (m_failed || m_at == m_payload.size()) return false;
   cSmlCursor cursor(m_payload, m_at, m_fault);
+  message.size = message.tag = 0;
+  message.crc = eCrcNone;
   message.readable = true;
   m_failed = !(ReadHead(cursor, message) && ReadBody(cursor, message) && ReadTail(cursor, message));
   m_at = cursor.Offset();
@@ -155,8 +164,12 @@ bool cSmlMessages::ReadList(cSmlCursor& at, cSmlList& list) {
     m_fault = {cursor.Offset(), "valList", "at most 250 entries", cursor.Peek()};
     return false;
   }
-  for (std::uint32_t i = 0; i < count; ++i)
-    if (!ReadEntry(cursor, m_entries[i])) return false;
+  for (std::uint32_t i = 0; i < count; ++i) {
+    if (!ReadEntry(cursor, m_entries[i])) {
+      list.entries = {m_entries.data(), i};
+      return false;
+    }
+  }
   list.entries = {m_entries.data(), count};
   if (!cursor.Octets("listSignature", list.signature) || !cursor.Time("actGatewayTime", list.gatewayTime)) return false;
   at = cursor;

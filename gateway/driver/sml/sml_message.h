@@ -32,6 +32,9 @@ struct cSmlOpen {
 
 // SML_GetList.Res.
 struct cSmlList {
+  // The meter's own time where it tells one, in seconds since 1970-01-01 UTC: that of the list, else of an entry.
+  std::optional<std::uint32_t> MeterTime() const;
+
   cBytes clientId, serverId, listName;
   cSmlTime sensorTime;
   std::span<const cSmlEntry> entries;  // live until the next message is read
@@ -51,7 +54,7 @@ struct cSmlMessage {
   bool readable = true;         // false: the body is not what its tag says, fault tells why
   cSmlFault fault;
   cSmlOpen open;  // of an open response
-  cSmlList list;  // of a list response
+  cSmlList list;  // of a list response; where it is not readable, with the entries before the fault
 };
 
 // "GetList.Res", "Open.Res", ...; "unknown" for a number that is none.
@@ -61,7 +64,8 @@ class cSmlMessages {
  public:
   // Begins with the first message of these bytes, which must outlive the reading.
   void Begin(cBytes payload);
-  // False behind the last message, and at a fault: the bytes behind that cannot be read.
+  // False behind the last message, and at a fault: the bytes behind that cannot be read. At a fault the message has its
+  // offset, size 0 and what could be read of it.
   bool Next(cSmlMessage& message);
 
   bool HasFault() const { return m_failed; }

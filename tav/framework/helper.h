@@ -15,7 +15,8 @@ class VORN_API cHelper {
   // The tokens in order. Empty ones are dropped, blanks are kept; no token for an empty text.
   // The separator is one text; an empty one separates nothing. For lists ("a,b").
   static std::vector<std::string> GetStringTokens(const std::string& text, const std::string& separator);
-  // The parts in order, empty ones kept, so that they can be counted ("a=b", "001-002"). One empty part for an empty text.
+  // The parts in order, empty ones kept, so that they can be counted ("a=b", "001-002"). One empty part for an empty
+  // text.
   static std::vector<std::string> Split(const std::string& text, const std::string& separator);
   // The tokens that hold "=", split at the first one; tokens without it are dropped, the last one of a name holds.
   static cMap<std::string, std::string> TokensAsNameValue(const std::vector<std::string>& tokens);

@@ -276,7 +276,8 @@ class VORN_API cRecord {
     const detail::cRecordIndexEntry* const entries = Head() + 1;
     const std::uint32_t count = Head()->at;
     for (std::uint32_t i = 0; i < count; ++i)
-      if (entries[i].key == key && std::memcmp(m_buffer->Bytes() + entries[i].at, name.data(), name.size()) == 0)
+      if (entries[i].key == key &&
+          (name.empty() || std::memcmp(m_buffer->Bytes() + entries[i].at, name.data(), name.size()) == 0))
         return i;
     return kNotFound;
   }

@@ -40,8 +40,8 @@ class VORN_API cScmServiceIO {
   bool IsConnected() const;
   // The present channel; null while not connected.
   std::shared_ptr<cScmChannel> GetChannel() const;
-  // While connected a ping that closes the channel when it stays unanswered for 5 s from the peer's last progress; while
-  // not, an attempt to connect ahead of its time.
+  // While connected a ping that closes the channel when it stays unanswered for 5 s from the peer's last progress;
+  // while not, an attempt to connect ahead of its time.
   void HealthRequest();
 
   const std::string& GetName() const { return m_name; }

@@ -39,9 +39,9 @@ class VORN_API cService {
   virtual bool DispatchMessage(const cMsg& msg);
 
   // Sends a message and waits for the answer of that type on that channel, with the request's identifier when it has a
-  // valid one. Whatever else arrives meanwhile is kept and dispatched later, in order. A message of type 0 when the time
-  // is over, the channel breaks or refuses; at once for a null or closed channel. A service that runs on the caller's own
-  // loop cannot answer meanwhile. The last two arguments are reserved.
+  // valid one. Whatever else arrives meanwhile is kept and dispatched later, in order. A message of type 0 when the
+  // time is over, the channel breaks or refuses; at once for a null or closed channel. A service that runs on the
+  // caller's own loop cannot answer meanwhile. The last two arguments are reserved.
   cMsg SendSyncMsg(const std::shared_ptr<cScmChannel>& channel, const cMsg& msg, unsigned int timeoutMs,
                    unsigned int replyType, unsigned int = 0, unsigned int = 0);
 

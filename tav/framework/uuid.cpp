@@ -10,7 +10,8 @@
 namespace vorn {
 
 void cUuid::Create() {
-  // Up to 256 bytes are given whole or not at all once the kernel's pool is ready; only a signal during boot interrupts.
+  // Up to 256 bytes are given whole or not at all once the kernel's pool is ready; only a signal during boot
+  // interrupts.
   while (getrandom(m_bytes.data(), kSize, 0) != static_cast<ssize_t>(kSize) && errno == EINTR) {
   }
   m_bytes[6] = static_cast<unsigned char>((m_bytes[6] & 0x0F) | 0x40);

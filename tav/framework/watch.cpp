@@ -49,7 +49,12 @@ class cWatchState : public std::enable_shared_from_this<cWatchState> {
     const auto event = m_event == cWatch::eEvent::Read ? asio::posix::descriptor_base::wait_read
                                                        : asio::posix::descriptor_base::wait_write;
     m_descriptor->async_wait(event, [self = shared_from_this()](const std::error_code& error) {
-      if (!error) self->Ready();
+      if (!error) {
+        self->Ready();
+      } else if (error != asio::error::operation_aborted) {
+        self->m_descriptor.reset();  // nothing the kernel can wait for
+        self->Arm();
+      }
     });
   }
   void Ready() {

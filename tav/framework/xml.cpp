@@ -48,9 +48,9 @@ struct cTypeName {
 };
 
 constexpr cTypeName kTypeNames[] = {
-    {vorn::eParText, "text"},     {vorn::eParInt, "int"},       {vorn::eParUInt, "uint"},
-    {vorn::eParUInt64, "uint64"}, {vorn::eParBool, "bool"},     {vorn::eParRecord, "record"},
-    {vorn::eParTime, "time"},     {vorn::eParUuid, "uuid"},     {vorn::eParData, "data"},
+    {vorn::eParText, "text"},     {vorn::eParInt, "int"},   {vorn::eParUInt, "uint"},
+    {vorn::eParUInt64, "uint64"}, {vorn::eParBool, "bool"}, {vorn::eParRecord, "record"},
+    {vorn::eParTime, "time"},     {vorn::eParUuid, "uuid"}, {vorn::eParData, "data"},
 };
 
 // Texts are kept to the letter: no normalising of line ends or blanks.
@@ -62,11 +62,16 @@ std::string PathOf(const std::string& file, const std::string& location) {
 
 int CodeOf(const pugi::xml_parse_result& result) {
   switch (result.status) {
-    case pugi::status_ok: return eXmlOk;
-    case pugi::status_file_not_found: return eXmlNoFile;
-    case pugi::status_io_error: return eXmlRead;
-    case pugi::status_out_of_memory: return eXmlNoMemory;
-    default: return eXmlSyntax;
+    case pugi::status_ok:
+      return eXmlOk;
+    case pugi::status_file_not_found:
+      return eXmlNoFile;
+    case pugi::status_io_error:
+      return eXmlRead;
+    case pugi::status_out_of_memory:
+      return eXmlNoMemory;
+    default:
+      return eXmlSyntax;
   }
 }
 
@@ -147,7 +152,7 @@ bool ReadInt(const std::string& text, int& value) {
 
 bool ReadHexAttribute(const pugi::xml_node& node, const char* attribute, std::string& text) {
   cData bytes;
-  if (!cData::FromHex(node.attribute(attribute).value(), bytes)) return false;
+  if (node.attribute(attribute).empty() || !cData::FromHex(node.attribute(attribute).value(), bytes)) return false;
   text = bytes.AsText();
   return true;
 }
@@ -179,7 +184,9 @@ bool ReadValue(const pugi::xml_node& node, vorn::eParType type, const std::strin
   vorn::cUuid uuid;
   cData data;
   switch (type) {
-    case vorn::eParText: record.AppendTextPar(name, text); return true;
+    case vorn::eParText:
+      record.AppendTextPar(name, text);
+      return true;
     case vorn::eParInt:
       if (!ReadInt(text, value)) return false;
       record.AppendIntPar(name, value);
@@ -208,7 +215,8 @@ bool ReadValue(const pugi::xml_node& node, vorn::eParType type, const std::strin
       if (!cData::FromHex(text, data)) return false;
       record.AppendDataPar(name, data);
       return true;
-    default: return false;
+    default:
+      return false;
   }
 }
 
@@ -327,7 +335,8 @@ XMLNode XMLNode::parseFile(const char* file, const char* tag, XMLResults* result
   if (code != eXmlOk) return {};
   XMLNode found;
   pugi::xml_node node = *document;
-  if (tag != nullptr) node = std::strcmp(document->document_element().name(), tag) == 0 ? document->document_element() : pugi::xml_node();
+  if (tag != nullptr)
+    node = std::strcmp(document->document_element().name(), tag) == 0 ? document->document_element() : pugi::xml_node();
   if (node) found.m_state = std::make_shared<cState>(cState{document, node});
   return found;
 }

@@ -12,8 +12,9 @@
 
 namespace xml {
 
-// Writes a record as XML: complete or not at all (temporary file, fsync, rename). location is the directory, the current
-// one when empty; it is never created. root names the document element ("record" for null); pretty breaks and indents.
+// Writes a record as XML: complete or not at all (temporary file, fsync, rename). location is the directory, the
+// current one when empty; it is never created. root names the document element ("record" for null); pretty breaks and
+// indents.
 VORN_API int RecordToXmlFile(const vorn::cRecord& record, const std::string& file, const std::string& location,
                              const char* root, bool pretty);
 // Reads what RecordToXmlFile wrote: the record is then equal to the one written. Leaves record alone on failure.

@@ -7,6 +7,7 @@
 #include <functional>
 #include <memory>
 #include <set>
+#include <tuple>
 #include <utility>
 
 #include <tav/framework/clock.h>
@@ -28,9 +29,12 @@ class cAlarms {
 
  private:
   friend class cAlarm;
-  using Set = std::set<std::pair<std::int64_t, cAlarm*>>;
+  // When, which start it was (those of one time come in the order they were started), whose.
+  using Entry = std::tuple<std::int64_t, std::uint64_t, cAlarm*>;
+  using Set = std::set<Entry>;
 
   std::shared_ptr<const cClock> m_clock;
+  std::uint64_t m_starts = 0;
   Set m_byDue;     // when it may come
   Set m_byLatest;  // when it must: due and slack
 };
@@ -54,6 +58,7 @@ class cAlarm {
   std::function<void()> m_onDue;
   std::int64_t m_due = 0;
   std::int64_t m_latest = 0;
+  std::uint64_t m_start = 0;
   bool m_running = false;
 };
 

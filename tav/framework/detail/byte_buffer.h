@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// cByteBuffer: bytes that come in behind and go out in front, as the input and output of a channel do. Fresh room is not
-// filled with zeros, and a buffer that had to grow for one large frame shrinks again when it runs empty.
+// cByteBuffer: bytes that come in behind and go out in front, as the input and output of a channel do. Fresh room is
+// not filled with zeros, and a buffer that had to grow for one large frame shrinks again when it runs empty.
 #pragma once
 
 #include <cstddef>

@@ -21,14 +21,14 @@ constexpr unsigned int kFirstUserType = 0x100;  // smaller types belong to the f
 
 // Message types of the framework; N is answered by N+1, or by N+2 with "reason".
 enum eFrameType : unsigned int {
-  eFrameHello = 0x01,      // first frame of both sides: "version" uint, "process" text
-  eFrameRefused = 0x02,    // instead of the server's hello: "reason" text
-  eFramePing = 0x04,       // answered by a pong
+  eFrameHello = 0x01,    // first frame of both sides: "version" uint, "process" text
+  eFrameRefused = 0x02,  // instead of the server's hello: "reason" text
+  eFramePing = 0x04,     // answered by a pong
   eFramePong = 0x05,
-  eFrameMonitor = 0x10,    // mirror this server's messages to me
+  eFrameMonitor = 0x10,  // mirror this server's messages to me
   eFrameMonitorOn = 0x11,
   eFrameMonitorRefused = 0x12,  // "reason" text
-  eFrameMirrored = 0x13,   // "direction" text, "process" text, "pid" uint, "type" uint, "id" uuid, "record" record
+  eFrameMirrored = 0x13,        // "direction" text, "process" text, "pid" uint, "type" uint, "id" uuid, "record" record
 };
 
 inline std::uint32_t LoadBigEndian(const unsigned char* from) {

@@ -92,8 +92,8 @@ void cLoop::CloseAll() {
   m_io.poll();
 }
 
-cMsg cLoop::WaitForReply(const std::shared_ptr<cSocketChannel>& channel, unsigned int timeoutMs,
-                         unsigned int replyType, const cUuid& id) {
+cMsg cLoop::WaitForReply(const std::shared_ptr<cSocketChannel>& channel, unsigned int timeoutMs, unsigned int replyType,
+                         const cUuid& id) {
   // By the machine's clock: a clock that is moved by hand stands still during this call.
   const auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds(timeoutMs);
   cSyncWait wait;
@@ -103,11 +103,11 @@ cMsg cLoop::WaitForReply(const std::shared_ptr<cSocketChannel>& channel, unsigne
   m_syncWaits.push_back(&wait);
   ++m_syncDepth;
   FlushDirty();
-  channel->PumpDuringCall();
+  channel->HandleFrames();  // perhaps called from within the handler of one of its messages, with more behind it
   while (!wait.done && channel->IsOpen()) {
     const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(end - std::chrono::steady_clock::now());
     if (left.count() <= 0) break;
-    Turn(left.count());
+    channel->WaitAndRead(static_cast<int>(left.count()));
   }
   --m_syncDepth;
   m_syncWaits.erase(std::find(m_syncWaits.begin(), m_syncWaits.end(), &wait));

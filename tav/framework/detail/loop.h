@@ -50,7 +50,8 @@ class cLoop : public std::enable_shared_from_this<cLoop> {
   void Register(const std::shared_ptr<cSocketChannel>& channel);
   void CloseAll();
 
-  // Waits for the answer of one request; see cService::SendSyncMsg.
+  // Waits for the answer of one request; see cService::SendSyncMsg. Only that channel is read meanwhile: what the
+  // others have to say waits in their sockets.
   cMsg WaitForReply(const std::shared_ptr<cSocketChannel>& channel, unsigned int timeoutMs, unsigned int replyType,
                     const cUuid& id);
   // Takes a message that a synchronous call waits for.

@@ -1,9 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "socket_channel.h"
 
+#include <poll.h>
+#include <sys/ioctl.h>
 #include <sys/socket.h>
 
 #include <cerrno>
+#include <cstring>
 #include <system_error>
 
 #include <tav/framework/helper.h>
@@ -50,8 +53,9 @@ std::string cSocketChannel::Describe() const { return "channel to " + m_peer.ToS
 int cSocketChannel::Send(const cMsg& msg) {
   if (!IsOpen() || !m_established || m_writeBroken) return 0;
   if (msg.GetType() < kFirstUserType) {
-    Trace(FrameworkUnit(), 2, [&] { return Describe(); }, ": message type ", msg.GetType(),
-          " refused, types below 256 belong to the framework");
+    Trace(
+        FrameworkUnit(), 2, [&] { return Describe(); }, ": message type ", msg.GetType(),
+        " refused, types below 256 belong to the framework");
     return 0;
   }
   if (!Append(msg)) return 0;
@@ -81,12 +85,14 @@ bool cSocketChannel::Append(const cMsg& msg) {
 
 void cSocketChannel::RefuseOutput(const cMsg& msg, std::size_t frameSize) {
   if (frameSize > kMaxFrameSize) {
-    Trace(FrameworkUnit(), 2, [&] { return Describe(); }, ": message of type ", msg.GetType(), " refused, its frame of ",
-          frameSize, " bytes is over the limit of ", kMaxFrameSize);
+    Trace(
+        FrameworkUnit(), 2, [&] { return Describe(); }, ": message of type ", msg.GetType(), " refused, its frame of ",
+        frameSize, " bytes is over the limit of ", kMaxFrameSize);
   } else if (!m_fullTraced) {
     m_fullTraced = true;  // until there is room again
-    Trace(FrameworkUnit(), 2, [&] { return Describe(); }, ": output full, message refused; ", m_output.Size(),
-          " bytes wait for the peer");
+    Trace(
+        FrameworkUnit(), 2, [&] { return Describe(); }, ": output full, message refused; ", m_output.Size(),
+        " bytes wait for the peer");
   }
 }
 
@@ -101,6 +107,7 @@ void cSocketChannel::Flush() {
       m_fullTraced = false;
       NoteProgress();
     } else if (errno == EAGAIN || errno == EWOULDBLOCK) {
+      if (m_writeArmed) return;
       m_writeArmed = true;
       m_socket->async_wait(Socket::wait_write, [self = shared_from_this()](const std::error_code& error) {
         self->m_writeArmed = false;
@@ -118,7 +125,9 @@ void cSocketChannel::Flush() {
 void cSocketChannel::CloseFor(const char* why) {
   if (!IsOpen()) return;
   const auto self = shared_from_this();  // the owner may hold the last other reference
-  if (why != nullptr) Trace(FrameworkUnit(), 2, [&] { return Describe(); }, ": closed, ", why);
+  if (why != nullptr)
+    Trace(
+        FrameworkUnit(), 2, [&] { return Describe(); }, ": closed, ", why);
   if (!m_output.IsEmpty() && !m_writeBroken)
     ::send(m_socket->native_handle(), m_output.Data(), m_output.Size(), MSG_NOSIGNAL | MSG_DONTWAIT);
   Abandon();
@@ -137,37 +146,50 @@ void cSocketChannel::Abandon() {
 // ---- input
 
 void cSocketChannel::ArmRead() {
-  if (!IsOpen() || m_reading) return;
+  if (!IsOpen() || m_readArmed) return;
+  m_readArmed = true;
+  m_socket->async_wait(Socket::wait_read, [self = shared_from_this()](const std::error_code& error) {
+    self->m_readArmed = false;
+    if (error || !self->IsOpen()) return;
+    self->Read();
+    self->m_loop->FlushDirty();  // before the next wait is armed, so that an answer is on its way first
+    self->ArmRead();
+  });
+}
+
+// One read: a peer that sends without end takes turns with the others.
+void cSocketChannel::Read() {
   unsigned char* to = m_input.Reserve(m_input.Room() > kReadSize / 4 ? m_input.Room() : kReadSize);
   if (to == nullptr) {
     CloseFor("no memory for its input");
     return;
   }
-  m_reading = true;
-  m_socket->async_read_some(asio::buffer(to, m_input.Room()),
-                            [self = shared_from_this()](const std::error_code& error, std::size_t size) {
-                              self->m_reading = false;
-                              self->OnRead(error, size);
-                            });
-}
-
-void cSocketChannel::OnRead(const std::error_code& error, std::size_t size) {
-  if (!IsOpen()) return;
-  if (error) {
-    if (error == asio::error::eof)
-      CloseFor(m_input.IsEmpty() ? nullptr : "its peer ended in the middle of a frame");
-    else if (error == asio::error::connection_reset)
-      CloseFor(nullptr);
-    else if (error != asio::error::operation_aborted)
-      CloseFor(error.message().c_str());
+  const ssize_t size = ::recv(m_socket->native_handle(), to, m_input.Room(), MSG_DONTWAIT);
+  if (size <= 0) {
+    OnReadFailed(size == 0 ? ECONNRESET : errno);
     return;
   }
-  m_input.Commit(size);
+  m_input.Commit(static_cast<std::size_t>(size));
   m_heard = true;
   NoteProgress();
   HandleFrames();
-  m_loop->FlushDirty();  // before the next read is tried, so that an answer is on its way first
-  ArmRead();
+}
+
+void cSocketChannel::OnReadFailed(int code) {
+  if (code == EAGAIN || code == EWOULDBLOCK || code == EINTR) return;
+  if (code != ECONNRESET)
+    CloseFor(std::strerror(code));
+  else
+    CloseFor(m_input.IsEmpty() ? nullptr : "its peer ended in the middle of a frame");
+}
+
+void cSocketChannel::WaitAndRead(int milliseconds) {
+  const auto self = shared_from_this();
+  Flush();
+  if (!IsOpen()) return;
+  pollfd ready{m_socket->native_handle(), POLLIN, 0};
+  if (!m_output.IsEmpty()) ready.events |= POLLOUT;
+  if (poll(&ready, 1, milliseconds) > 0 && (ready.revents & ~POLLOUT) != 0) Read();
 }
 
 // Members only: a handler may make a synchronous call on this channel, which goes on reading from within.
@@ -176,7 +198,8 @@ void cSocketChannel::HandleFrames() {
     const std::size_t size = LoadBigEndian(m_input.Data());
     if (size < kFrameHeaderSize || size > kMaxFrameSize) {
       CloseFor(FormatString("a frame of %zu bytes is announced, %zu to %zu are possible", size, kFrameHeaderSize,
-                            kMaxFrameSize).c_str());
+                            kMaxFrameSize)
+                   .c_str());
       return;
     }
     if (m_input.Size() < size) return;
@@ -250,12 +273,6 @@ bool cSocketChannel::HandleHello(const cMsg& msg) {
   return true;
 }
 
-void cSocketChannel::PumpDuringCall() {
-  const auto self = shared_from_this();
-  HandleFrames();
-  ArmRead();
-}
-
 // ---- health
 
 void cSocketChannel::NoteProgress() {
@@ -271,6 +288,9 @@ void cSocketChannel::Ping() {
 }
 
 void cSocketChannel::OnPingDue() {
+  // What has arrived and was not yet read is progress too: this end may have been busy.
+  int waiting = 0;
+  if (ioctl(m_socket->native_handle(), FIONREAD, &waiting) == 0 && waiting > 0) NoteProgress();
   const std::int64_t quiet = m_loop->GetAlarms().GetClock().Now() - m_lastProgress;
   if (quiet < kPingWaitMs)
     m_pingAlarm.Start(kPingWaitMs - quiet);

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // cSocketChannel: a cScmChannel over a stream socket: handshake, frames in, frames out, health.
 //
-// Data flows one way: socket -> input buffer -> frame -> message -> owner, and message -> output buffer -> socket at the
-// end of the loop's turn. The owner (a connector or a listener) hears of what happens through cChannelOwner.
+// Data flows one way: socket -> input buffer -> frame -> message -> owner, and message -> output buffer -> socket at
+// the end of the loop's turn. The owner (a connector or a listener) hears of what happens through cChannelOwner.
 #pragma once
 
 #include <asio.hpp>
@@ -69,8 +69,9 @@ class cSocketChannel final : public cScmChannel, public std::enable_shared_from_
   void CloseFor(const char* why);
   // Writes what can be written without waiting.
   void Flush();
-  // A synchronous call waits on this channel, perhaps from within the handler of one of its messages.
-  void PumpDuringCall();
+  // For a synchronous call, which runs without the loop: handles what is in the input buffer, and waits for more.
+  void HandleFrames();
+  void WaitAndRead(int milliseconds);
   // The service ends: close without telling anybody.
   void Abandon();
 
@@ -78,8 +79,8 @@ class cSocketChannel final : public cScmChannel, public std::enable_shared_from_
   bool Append(const cMsg& msg);
   void RefuseOutput(const cMsg& msg, std::size_t frameSize);
   void ArmRead();
-  void OnRead(const std::error_code& error, std::size_t size);
-  void HandleFrames();
+  void Read();
+  void OnReadFailed(int code);
   bool HandleFrame(const unsigned char* frame, std::size_t size);
   void HandleMessage(cMsg& msg);
   bool HandleFramework(const cMsg& msg);
@@ -96,13 +97,13 @@ class cSocketChannel final : public cScmChannel, public std::enable_shared_from_
   cByteBuffer m_input;
   cByteBuffer m_output;
   bool m_established = false;
-  bool m_reading = false;       // a read is under way
-  bool m_dirty = false;         // in the loop's list
-  bool m_writeArmed = false;    // waits until the socket takes more
-  bool m_writeBroken = false;   // the peer reads no more; what it sent is still read
+  bool m_readArmed = false;    // waits until there is something to read
+  bool m_dirty = false;        // in the loop's list
+  bool m_writeArmed = false;   // waits until the socket takes more
+  bool m_writeBroken = false;  // the peer reads no more; what it sent is still read
   bool m_fullTraced = false;
   bool m_pinging = false;
-  bool m_heard = false;         // since the last look of keep-alive
+  bool m_heard = false;  // since the last look of keep-alive
   std::int64_t m_lastProgress = 0;
   cAlarm m_handshakeAlarm;
   cAlarm m_pingAlarm;

@@ -104,7 +104,8 @@ int cSocketFile::BindAndListen(const std::string& temporary, std::string& error)
   sockaddr_un address{};
   address.sun_family = AF_UNIX;
   if (temporary.size() >= sizeof address.sun_path) {
-    error = FormatString("its socket path is longer than %zu bytes: %s", sizeof address.sun_path - 1, temporary.c_str());
+    error =
+        FormatString("its socket path is longer than %zu bytes: %s", sizeof address.sun_path - 1, temporary.c_str());
     return -1;
   }
   temporary.copy(address.sun_path, temporary.size());

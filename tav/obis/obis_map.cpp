@@ -1,11 +1,19 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <tav/obis/obis_map.h>
 
+#include <algorithm>
+#include <functional>
+#include <string_view>
+
 #include <tav/record/meter_tav.h>
 
 namespace tav {
 
 namespace {
+
+std::uint32_t Number(std::string_view text) { return static_cast<std::uint32_t>(std::hash<std::string_view>{}(text)); }
+
+std::uint32_t Number(const std::string& dif, const std::string& vif) { return Number(dif) * 31 + Number(vif); }
 
 bool Give(const cObisMapEntry* found, cObisMapEntry& entry) {
   if (found == nullptr) return false;
@@ -15,34 +23,68 @@ bool Give(const cObisMapEntry* found, cObisMapEntry& entry) {
 
 }  // namespace
 
+cObisMap::cRow cObisMap::MakeRow(const cObisMapEntry& entry) {
+  return {Number(entry.GetObisID()), Number(entry.GetObisIDWithoutChannel()), Number(entry.GetDif(), entry.GetVif()),
+          Number(entry.GetRegister()), &entry};
+}
+
+cObisMap::Rows::iterator cObisMap::RowAt(unsigned long long id) {
+  return std::lower_bound(m_rows.begin(), m_rows.end(), id,
+                          [](const cRow& row, unsigned long long wanted) { return row.entry->GetID() < wanted; });
+}
+
 template <typename Matches>
-const cObisMapEntry* cObisMap::Find(const Matches& matches) const {
-  for (const auto& [id, entry] : m_entries)
-    if (matches(entry)) return &entry;
+const cObisMapEntry* cObisMap::Find(std::uint32_t cRow::*key, std::uint32_t wanted, const Matches& matches) const {
+  for (const cRow& row : m_rows)
+    if (row.*key == wanted && matches(*row.entry)) return row.entry;
   return nullptr;
+}
+
+cObisMap::cObisMap(const cObisMap& other) : m_entries(other.m_entries) {
+  m_rows.reserve(m_entries.size());
+  for (const auto& [id, entry] : m_entries) m_rows.push_back(MakeRow(entry));
+}
+
+cObisMap& cObisMap::operator=(const cObisMap& other) {
+  cObisMap copy(other);
+  m_entries.swap(copy.m_entries);
+  m_rows.swap(copy.m_rows);
+  return *this;
 }
 
 cObisMap::~cObisMap() = default;
 
-bool cObisMap::Add(const cObisMapEntry& entry) { return m_entries.emplace(entry.GetID(), entry).second; }
+bool cObisMap::Add(const cObisMapEntry& entry) {
+  const auto [place, added] = m_entries.emplace(entry.GetID(), entry);
+  if (added) m_rows.insert(RowAt(entry.GetID()), MakeRow(place->second));
+  return added;
+}
 
 bool cObisMap::Set(const cObisMapEntry& entry) {
   // Anew, not assigned: an assignment would leave the earlier rule's error text.
   const cObisMapEntry copy(entry);
-  m_entries.erase(copy.GetID());
-  m_entries.emplace(copy.GetID(), copy);
-  return true;
+  Remove(copy);
+  return Add(copy);
 }
 
 bool cObisMap::Remove(const cObisMapEntry& entry) {
-  m_entries.Remove(entry.GetID());
+  const unsigned long long id = entry.GetID();
+  if (!m_entries.Contains(id)) return true;
+  m_rows.erase(RowAt(id));
+  m_entries.Remove(id);
   return true;
+}
+
+void cObisMap::Clear() {
+  m_rows.clear();
+  m_entries.clear();
 }
 
 bool cObisMap::GetEntryByObisId(const std::string& obis, cObisMapEntry& entry, bool withoutChannel) const {
   const std::string normal = cMeterTav::ObisNormalize(obis);
   const std::string wanted = withoutChannel ? ObisWithoutChannel(normal) : normal;
-  const cObisMapEntry* found = Find([&](const cObisMapEntry& rule) {
+  const auto key = withoutChannel ? &cRow::obisWithoutChannel : &cRow::obis;
+  const cObisMapEntry* found = Find(key, Number(wanted), [&](const cObisMapEntry& rule) {
     return (withoutChannel ? rule.GetObisIDWithoutChannel() : rule.GetObisID()) == wanted;
   });
   if (!Give(found, entry)) return false;
@@ -54,27 +96,27 @@ bool cObisMap::GetEntryByDibVibFromMBUS(const std::string& meterAddr, const std:
                                         const vorn::cData& dib, const vorn::cData& vib, cObisMapEntry& entry) const {
   const std::string dif = dib.ToString(0);
   const std::string vif = vib.ToString(0);
-  return Give(Find([&](const cObisMapEntry& rule) {
-                return rule.GetProtocol() == cObisMapEntry::eMapProtoMbus && rule.IsMeterAddr(meterAddr) &&
-                       rule.IsMedium(medium) && rule.GetDif() == dif && rule.GetVif() == vif;
-              }),
-              entry);
+  const cObisMapEntry* found = Find(&cRow::blocks, Number(dif, vif), [&](const cObisMapEntry& rule) {
+    return rule.GetProtocol() == cObisMapEntry::eMapProtoMbus && rule.IsMeterAddr(meterAddr) && rule.IsMedium(medium) &&
+           rule.GetDif() == dif && rule.GetVif() == vif;
+  });
+  return Give(found, entry);
 }
 
 bool cObisMap::GetEntryByObisIdFromDLMS(const std::string& obis, cObisMapEntry& entry) const {
-  return Give(Find([&](const cObisMapEntry& rule) {
-                return rule.GetProtocol() == cObisMapEntry::eMapProtoDlms && rule.GetObisID() == obis;
-              }),
-              entry);
+  const cObisMapEntry* found = Find(&cRow::obis, Number(obis), [&](const cObisMapEntry& rule) {
+    return rule.GetProtocol() == cObisMapEntry::eMapProtoDlms && rule.GetObisID() == obis;
+  });
+  return Give(found, entry);
 }
 
 bool cObisMap::GetEntryFromMODBUS(const std::string& meterAddr, const std::string&, const std::string& medium,
                                   const std::string& reg, cObisMapEntry& entry) const {
-  return Give(Find([&](const cObisMapEntry& rule) {
-                return rule.GetProtocol() == cObisMapEntry::eMapProtoModbus && rule.IsMeterAddr(meterAddr) &&
-                       rule.IsMedium(medium) && rule.GetRegister() == reg;
-              }),
-              entry);
+  const cObisMapEntry* found = Find(&cRow::reg, Number(reg), [&](const cObisMapEntry& rule) {
+    return rule.GetProtocol() == cObisMapEntry::eMapProtoModbus && rule.IsMeterAddr(meterAddr) &&
+           rule.IsMedium(medium) && rule.GetRegister() == reg;
+  });
+  return Give(found, entry);
 }
 
 vorn::cRecord cObisMap::ToRecord() const {

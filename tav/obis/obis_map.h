@@ -6,7 +6,9 @@
 // copy by cObisMapEntry's assignment, and leaves the target untouched and gives false when nothing matches.
 #pragma once
 
+#include <cstdint>
 #include <string>
+#include <vector>
 
 #include <tav/export.h>
 #include <tav/framework/data.h>
@@ -19,8 +21,8 @@ namespace tav {
 class TAV_API cObisMap {
  public:
   cObisMap() = default;
-  cObisMap(const cObisMap&) = default;
-  cObisMap& operator=(const cObisMap&) = default;
+  cObisMap(const cObisMap& other);
+  cObisMap& operator=(const cObisMap& other);
   virtual ~cObisMap();
 
   // Stores a copy; false, and nothing changed, when there is a rule of that ID.
@@ -29,7 +31,7 @@ class TAV_API cObisMap {
   bool Set(const cObisMapEntry& entry);
   // Removes the rule of that ID, nothing else of the entry is looked at; true whether or not there was one.
   bool Remove(const cObisMapEntry& entry);
-  void Clear() { m_entries.clear(); }
+  void Clear();
 
   // A neutral F group of the request is dropped first. withoutChannel: channel and F group do not count. The copy bears
   // the F group of the request.
@@ -53,11 +55,25 @@ class TAV_API cObisMap {
   const vorn::cMap<unsigned long long, cObisMapEntry>& GetEntries() const { return m_entries; }
 
  private:
-  // The first rule that a predicate takes, null when it takes none.
+  // What a lookup goes over: a rule's texts as numbers, side by side in the order of the IDs, so that only rules that
+  // are likely to match are touched.
+  struct cRow {
+    std::uint32_t obis;
+    std::uint32_t obisWithoutChannel;
+    std::uint32_t blocks;  // dif and vif
+    std::uint32_t reg;
+    const cObisMapEntry* entry;
+  };
+  using Rows = std::vector<cRow>;
+
+  static cRow MakeRow(const cObisMapEntry& entry);
+  Rows::iterator RowAt(unsigned long long id);
+  // The first rule with that number that a predicate takes, null when there is none.
   template <typename Matches>
-  const cObisMapEntry* Find(const Matches& matches) const;
+  const cObisMapEntry* Find(std::uint32_t cRow::*key, std::uint32_t wanted, const Matches& matches) const;
 
   vorn::cMap<unsigned long long, cObisMapEntry> m_entries;
+  Rows m_rows;
 };
 
 }  // namespace tav

@@ -102,6 +102,43 @@ TEST_F(ObisMap, HoldsCopiesOfItsRules) {
   EXPECT_EQ(Obis("1-0:1.8.0", false), "5 1-0:1.8.0");
 }
 
+TEST_F(ObisMap, ACopyAnswersForItself) {
+  Rule(5, "1-0:1.8.0");
+  cObisMap copy = m_map;
+  cObisMap assigned;
+  assigned.Set(cObisMapEntry(1, "gone", "1-0:2.8.0", ""));
+  assigned = copy;
+  m_map.Clear();
+  EXPECT_EQ(Obis("1-0:1.8.0", false), "none");
+  for (cObisMap* map : {&copy, &assigned}) {
+    cObisMapEntry entry;
+    EXPECT_TRUE(map->GetEntryByObisId("1-0:1.8.0", entry, false));
+    EXPECT_FALSE(map->GetEntryByObisId("1-0:2.8.0", entry, false));
+    EXPECT_EQ(map->ToString(), "1-0:1.8.0 rule 5");
+  }
+}
+
+TEST_F(ObisMap, AssigningToItselfChangesNothing) {
+  Rule(5, "1-0:1.8.0");
+  const cObisMap& same = m_map;
+  m_map = same;
+  EXPECT_EQ(Obis("1-0:1.8.0", false), "5 1-0:1.8.0");
+}
+
+TEST_F(ObisMap, LookupsFollowEveryChange) {
+  for (const unsigned id : {7u, 3u, 5u, 1u}) Rule(id, "1-0:1.8.0");
+  EXPECT_EQ(Obis("1-0:1.8.0", false), "1 1-0:1.8.0");
+  m_map.Remove(cObisMapEntry(1, "n", "1-0:1.8.0", ""));
+  EXPECT_EQ(Obis("1-0:1.8.0", false), "3 1-0:1.8.0");
+  Rule(3, "1-0:2.8.0");
+  EXPECT_EQ(Obis("1-0:1.8.0", false), "5 1-0:1.8.0");
+  EXPECT_EQ(Obis("1-0:2.8.0", false), "3 1-0:2.8.0");
+  m_map.Clear();
+  EXPECT_EQ(Obis("1-0:2.8.0", false), "none");
+  Rule(9, "1-0:1.8.0");
+  EXPECT_EQ(Obis("1-0:1.8.0", false), "9 1-0:1.8.0");
+}
+
 TEST_F(ObisMap, PrintsItsRulesInTheOrderOfTheirIds) {
   Rule(9, "1-0:2.8.0", "protocol=dlms");
   Rule(5, "1-0:1.8.0");

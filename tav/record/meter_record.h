@@ -109,6 +109,8 @@ class TAV_API cMeterRecord {
   void ReadFields(const vorn::cRecord& rec);
   void ReadEntries(const vorn::cRecord& measurement);
   void FillMeterStatus();
+  void TakeSmlValue(const vorn::cRecord& entry);
+  void AddSmlEntry(const vorn::cRecord& value, unsigned long long obis, const std::string& text, unsigned int unit);
 
   cMeterStatus m_meterStatus;
   std::string m_error;

@@ -140,6 +140,7 @@ void cSmlListing::Message(const cSmlMessage& message, std::size_t number) {
 void cSmlListing::BrokenMessage(const cSmlMessage& message, std::size_t number, const cSmlFault& fault) {
   m_text += "  message " + std::to_string(number) + ", BROKEN\n";
   Rows(message, fault.offset);
+  if (!message.readable) Fault(message.fault);
   Fault(fault);
   const auto left = static_cast<std::uint32_t>(m_payload.size()) - fault.offset;
   if (left != 0) Row(fault.offset, left, 0, "not read, " + std::to_string(left) + " bytes");

@@ -27,8 +27,7 @@ std::uint64_t SizeOf(const std::string& file) {
 }  // namespace
 
 struct cDataStore::cConnection {
-  explicit cConnection(const cDataOptions& options)
-      : database(options.file, kOpenFlags, static_cast<int>(options.busyTimeout)) {}
+  explicit cConnection(const std::string& file) : database(file, kOpenFlags, kOpenPatience) {}
 
   // Statements are made anew after a fault: one that failed half-way would keep a lock, and the numbers that the
   // dictionaries remember may never have been committed.
@@ -58,7 +57,7 @@ cDataStore::~cDataStore() = default;
 
 cFault cDataStore::Open() {
   return Guarded([this] {
-    m_connection = std::make_unique<cConnection>(m_options);
+    m_connection = std::make_unique<cConnection>(m_options.file);
     return Prepare();
   });
 }
@@ -114,7 +113,7 @@ cFault cDataStore::Guarded(const std::function<cFault()>& work) {
 
 cFault cDataStore::Ready() {
   if (m_connection != nullptr && m_connection->tables) return {};
-  m_connection = std::make_unique<cConnection>(m_options);
+  m_connection = std::make_unique<cConnection>(m_options.file);
   return Prepare();
 }
 
@@ -139,6 +138,7 @@ cFault cDataStore::Prepare() {
   Migrate(database);
   m_connection->MakeTables();
   m_connection->prepared = true;
+  sqlite3_busy_timeout(database.getHandle(), kPatience);
   return {};
 }
 
@@ -169,7 +169,7 @@ cFault cDataStore::CheckLog() {
   sqlite3* const handle = m_connection->database.getHandle();
   sqlite3_busy_timeout(handle, 0);
   MoveLog(SQLITE_CHECKPOINT_RESTART);
-  sqlite3_busy_timeout(handle, static_cast<int>(m_options.busyTimeout));
+  sqlite3_busy_timeout(handle, kPatience);
   if (m_walPages < kWalMaxPages) return {};
   return {eFault::Full, "database '" + m_options.file + "' takes no more: its write-ahead log has " +
                             std::to_string(m_walPages) +

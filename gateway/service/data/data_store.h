@@ -29,8 +29,7 @@ enum class eDurability {
 struct cDataOptions {
   std::string file;
   eDurability durability = eDurability::Full;
-  std::uint64_t maxBytes = 0;      // of the database file, its log not counted; 0: no limit but the disk's
-  unsigned int busyTimeout = 100;  // milliseconds to wait for another process's lock, with the service standing still
+  std::uint64_t maxBytes = 0;  // of the database file, its log not counted; 0: no limit but the disk's
 };
 
 // The tables of an open database.
@@ -51,6 +50,9 @@ class cDataStore {
   static constexpr int kWalIdlePages = 256;
   static constexpr int kWalBusyPages = 4096;
   static constexpr int kWalMaxPages = 16384;
+  // How long to stand still for another process's lock, in milliseconds: when the file is opened, and later.
+  static constexpr int kOpenPatience = 1000;
+  static constexpr int kPatience = 10;
   // A file up to this size is checked whole when it is opened, a larger one only where it is read.
   static constexpr std::uint64_t kMaxCheckedBytes = std::uint64_t{32} << 20;
 

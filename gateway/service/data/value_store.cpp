@@ -18,7 +18,7 @@ cValueStore::cValueStore(SQLite::Database& database)
     : m_set(database,
             "INSERT INTO store_value VALUES(?,?,?) ON CONFLICT(store, key) DO UPDATE SET value=excluded.value"),
       m_size(database, kSize),
-      m_get(database, "SELECT key, value FROM store_value WHERE store=? ORDER BY key"),
+      m_get(database, "SELECT key, value FROM store_value WHERE store=? AND key>? ORDER BY key"),
       m_list(database, "SELECT DISTINCT store FROM store_value WHERE store>? ORDER BY store") {}
 
 bool cValueStore::Set(const std::string& store, const std::string& key, const std::string& value) {
@@ -41,10 +41,12 @@ std::size_t cValueStore::SizeWithout(const std::string& store, const std::string
   return static_cast<std::size_t>(size);
 }
 
-void cValueStore::Get(const std::string& store,
-                      const std::function<void(const std::string& key, const std::string& value)>& pair) {
+void cValueStore::Get(const std::string& store, const std::string& after,
+                      const std::function<bool(const std::string& key, const std::string& value)>& pair) {
   m_get.bindNoCopy(1, store);
-  while (m_get.executeStep()) pair(m_get.getColumn(0).getString(), m_get.getColumn(1).getString());
+  m_get.bindNoCopy(2, after);
+  while (m_get.executeStep())
+    if (!pair(m_get.getColumn(0).getString(), m_get.getColumn(1).getString())) break;
   m_get.reset();
 }
 

@@ -21,8 +21,9 @@ class cValueStore {
 
   // Sets a value in place of an earlier one. False: the store would become larger than kMaxStoreSize.
   bool Set(const std::string& store, const std::string& key, const std::string& value);
-  // All pairs of a store, in the order of the keys.
-  void Get(const std::string& store, const std::function<void(const std::string& key, const std::string& value)>& pair);
+  // The pairs of a store behind a key, in the order of the keys, until the function returns false.
+  void Get(const std::string& store, const std::string& after,
+           const std::function<bool(const std::string& key, const std::string& value)>& pair);
   // The names of the stores behind one, in order, until the function returns false.
   void List(const std::string& after, const std::function<bool(const std::string& store)>& name);
 

@@ -1,0 +1,69 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <gateway/host/protocol_server.h>
+
+#include <utility>
+
+#include <tav/framework/helper.h>
+#include <tav/framework/trace.h>
+
+namespace tav::gateway {
+
+namespace {
+
+bool Send(const vorn::cMsg& request, unsigned int type, const vorn::cRecord& record) {
+  if (request.GetReplyChannel() == nullptr) return true;
+  vorn::cMsg answer(type);
+  answer.SetId(request.GetId());
+  answer.Record() = record;
+  return request.GetReplyChannel()->Send(answer) == 1;
+}
+
+}  // namespace
+
+cProtocolServer::cProtocolServer(cServiceHost* host, const cProtocol& protocol)
+    : cScmServer(host, std::string(protocol.GetService())), m_protocol(protocol) {}
+
+void cProtocolServer::On(unsigned int type, Handler handler, eCheck check) {
+  m_handlers[type] = {std::move(handler), check};
+}
+
+bool cProtocolServer::DispatchMessage(const vorn::cMsg& msg) {
+  const cProtocolMessage* row = m_protocol.Find(msg.GetType());
+  const auto found = m_handlers.find(msg.GetType());
+  std::string error;
+  if (row == nullptr || row->direction != eToService)
+    Refuse(msg, "no request of service \"" + GetName() + "\": " + Describe(msg.GetType()));
+  else if (found == m_handlers.end())
+    Refuse(msg, "not offered by this service: " + Describe(msg.GetType()));
+  else if (found->second.check == eCheck::Table && !CheckParameters(*row, msg.Record(), error))
+    Refuse(msg, error);
+  else
+    found->second.handler(msg);
+  return true;
+}
+
+void cProtocolServer::Answer(const vorn::cMsg& request, const vorn::cRecord& record) {
+  const cProtocolMessage* row = m_protocol.Find(request.GetType());
+  const unsigned int type = row != nullptr && row->answer != 0 ? row->answer : request.GetType() + 1;
+  if (Send(request, type, record)) return;
+  if (request.GetReplyChannel()->IsOpen() && record.GetBytes().size() > vorn::kMaxFrameSize / 2)
+    Refuse(request, "the answer does not fit one message");
+}
+
+void cProtocolServer::Refuse(const vorn::cMsg& request, const std::string& reason) {
+  static vorn::cUnit* const unit = vorn::cUnit::Find("UnitGateway");
+  vorn::Trace(
+      unit, 8, GetName(), ": refused ", [&] { return Describe(request.GetType()); }, ": ", reason);
+  const cProtocolMessage* row = m_protocol.Find(request.GetType());
+  vorn::cRecord record;
+  record.AppendTextPar("reason", reason);
+  Send(request, row != nullptr && row->refusal != 0 ? row->refusal : request.GetType() + 2, record);
+}
+
+std::string cProtocolServer::Describe(unsigned int type) const {
+  const std::string name = MessageName(m_protocol, type);
+  const std::string number = vorn::FormatString("0x%x", type);
+  return name == number ? number : name + " (" + number + ")";
+}
+
+}  // namespace tav::gateway

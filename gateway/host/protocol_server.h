@@ -1,0 +1,51 @@
+// SPDX-License-Identifier: Apache-2.0
+// cProtocolServer: the service side of a channel whose protocol is written down as a table.
+//
+// A request is checked against the table before its handler sees it. What is unknown, malformed or has no handler is
+// refused with a "reason"; no request stays without an answer. Derive from it and say On(...) for each request.
+#pragma once
+
+#include <functional>
+#include <map>
+#include <string>
+
+#include <gateway/host/service_host.h>
+#include <tav/framework/scm_server.h>
+#include <tav/service/protocol.h>
+
+namespace tav::gateway {
+
+class cProtocolServer : public vorn::cScmServer {
+ public:
+  using Handler = std::function<void(const vorn::cMsg& request)>;
+
+  bool DispatchMessage(const vorn::cMsg& msg) final;
+
+  // The answer to a request, or its refusal: sent over the request's channel under its identifier. An answer that does
+  // not fit a frame becomes a refusal that says so.
+  void Answer(const vorn::cMsg& request, const vorn::cRecord& record = {});
+  void Refuse(const vorn::cMsg& request, const std::string& reason);
+
+ protected:
+  enum class eCheck {
+    Table,  // by the table, before the handler is called
+    Own,    // by the handler itself
+  };
+
+  cProtocolServer(cServiceHost* host, const cProtocol& protocol);
+
+  void On(unsigned int type, Handler handler, eCheck check = eCheck::Table);
+
+ private:
+  struct cEntry {
+    Handler handler;
+    eCheck check;
+  };
+
+  std::string Describe(unsigned int type) const;
+
+  const cProtocol& m_protocol;
+  std::map<unsigned int, cEntry> m_handlers;
+};
+
+}  // namespace tav::gateway

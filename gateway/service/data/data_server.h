@@ -1,0 +1,56 @@
+// SPDX-License-Identifier: Apache-2.0
+// cDataServer: the database control service, channel "data". Turns the requests of its protocol
+// (tav/service/db_ctrl_protocol.h) into calls of the storage, and what the storage says into answers.
+//
+// Stores are gathered (store_group.h); a question is answered from what is committed, those stores included that came
+// before it.
+#pragma once
+
+#include <functional>
+#include <map>
+#include <string>
+
+#include <gateway/host/protocol_server.h>
+#include <gateway/service/data/data_store.h>
+#include <gateway/service/data/store_group.h>
+
+namespace tav::data {
+
+class cDataServer final : public gateway::cProtocolServer {
+ public:
+  // Rows of one answer: when the request does not say, and at most. An answer ends before that, with a cursor to go on,
+  // when it reaches so many bytes.
+  static constexpr unsigned int kDefaultRows = 100;
+  static constexpr unsigned int kMaxRows = 10'000;
+  static constexpr std::size_t kMaxAnswer = vorn::kMaxFrameSize / 2;
+
+  // The store is open; both outlive the server. Ask IsListening for the outcome.
+  cDataServer(gateway::cServiceHost* host, cDataStore* store);
+  // Commits or refuses what still waits.
+  ~cDataServer() override;
+
+  void OnClose(vorn::cScmChannel& channel) override;
+
+  const cStoreGroup::cCounters& GetCounters() const { return m_group.GetCounters(); }
+  // Stores that are neither committed nor refused yet.
+  std::size_t CountWaiting() const { return m_group.CountWaiting(); }
+
+ private:
+  using Ask = std::function<void(cTables& tables, vorn::cRecord& answer)>;
+
+  void Question(const vorn::cMsg& request, const Ask& ask);
+  void RegisterDriver(const vorn::cMsg& request);
+  void AttachStore(const vorn::cMsg& request);
+  void ListMeters(const vorn::cMsg& request);
+  void ListLastValues(const vorn::cMsg& request);
+  void ListValues(const vorn::cMsg& request);
+  void ListEvents(const vorn::cMsg& request);
+  void ListStores(const vorn::cMsg& request);
+  void GetStatistics(const vorn::cMsg& request);
+
+  cDataStore* m_store;
+  cStoreGroup m_group;
+  std::map<const vorn::cScmChannel*, std::string> m_drivers;
+};
+
+}  // namespace tav::data

@@ -1,0 +1,105 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <gateway/tav_gateway/options.h>
+
+#include <unistd.h>
+
+#include <CLI/CLI.hpp>
+#include <cstdlib>
+#include <filesystem>
+#include <sstream>
+
+#include <gateway/tav_gateway/config_file.h>
+#include <gateway/tav_gateway/exit_code.h>
+
+namespace tav::gateway {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr const char* kConfigName = "tav-gateway.toml";
+constexpr const char* kSystemConfig = "/etc/tav/tav-gateway.toml";
+
+// What the command line says; empty or -1: nothing.
+struct cArguments {
+  std::string dir;
+  std::string config;
+  std::string durability;
+  int trace = -1;
+};
+
+void AddOptions(CLI::App& command, cArguments& arguments) {
+  command.add_option("--dir", arguments.dir, "Directory of the sockets and the database; made when it is missing");
+  command.add_option("--config", arguments.config,
+                     "Configuration file (TOML); else tav-gateway.toml in --dir, or /etc/tav/tav-gateway.toml");
+  command
+      .add_option("--durability", arguments.durability,
+                  "full: a committed reading survives a power cut; normal: the last ones may not, and it is faster")
+      ->check(CLI::IsMember({"full", "normal"}));
+  command.add_option("--trace", arguments.trace, "Level of diagnostics: 0 none, 2 failures, 4 warnings, 16 progress")
+      ->check(CLI::Range(0, kMaxTrace));
+}
+
+std::string Environment(const char* name) {
+  const char* value = std::getenv(name);
+  return value != nullptr ? value : "";
+}
+
+std::string StateDirectory() {
+  if (const std::string given = Environment("STATE_DIRECTORY"); !given.empty()) return given;
+  if (getuid() == 0) return "/var/lib/tav";
+  if (const std::string state = Environment("XDG_STATE_HOME"); !state.empty()) return state + "/tav";
+  return Environment("HOME") + "/.local/state/tav";
+}
+
+std::string FindConfig(const cArguments& arguments) {
+  if (!arguments.config.empty()) return arguments.config;
+  const std::string usual = arguments.dir.empty() ? kSystemConfig : (fs::path(arguments.dir) / kConfigName).string();
+  return access(usual.c_str(), F_OK) == 0 ? usual : "";
+}
+
+cParsedOptions Complete(const cArguments& arguments, eCommand command) {
+  cOptions options;
+  options.command = command;
+  options.configFile = FindConfig(arguments);
+  if (!options.configFile.empty())
+    if (const std::string error = ReadConfigFile(options.configFile, options); !error.empty())
+      return {std::nullopt, eExitUsage, error};
+  if (!arguments.dir.empty()) options.dir = arguments.dir;
+  if (const auto durability = ReadDurability(arguments.durability)) options.durability = *durability;
+  if (arguments.trace >= 0) options.trace = arguments.trace;
+  return {options, eExitDone, {}};
+}
+
+}  // namespace
+
+std::string cOptions::GetSocketDirectory() const { return dir; }
+
+std::string cOptions::GetDataFile() const {
+  return (fs::path(dir.empty() ? StateDirectory() : dir) / dataFile).string();
+}
+
+std::optional<data::eDurability> ReadDurability(const std::string& text) {
+  if (text == "full") return data::eDurability::Full;
+  if (text == "normal") return data::eDurability::Normal;
+  return std::nullopt;
+}
+
+cParsedOptions ParseOptions(int argc, const char* const* argv) {
+  CLI::App app("The reference gateway: services for meter drivers, pages and tools.", "tav-gateway");
+  cArguments arguments;
+  app.require_subcommand(1);
+  CLI::App* const run = app.add_subcommand("run", "Run all services in this process");
+  CLI::App* const data = app.add_subcommand("data", "Run the database control service alone");
+  for (CLI::App* command : {run, data}) AddOptions(*command, arguments);
+  try {
+    app.parse(argc, argv);
+    return Complete(arguments, data->parsed() ? eCommand::Data : eCommand::Run);
+  } catch (const CLI::ParseError& error) {
+    std::stringstream out;
+    const bool asked = app.exit(error, out, out) == 0;
+    return {std::nullopt, asked ? eExitDone : eExitUsage, out.str()};
+  }
+}
+
+}  // namespace tav::gateway

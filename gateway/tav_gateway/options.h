@@ -1,0 +1,46 @@
+// SPDX-License-Identifier: Apache-2.0
+// What tav-gateway can be told: by the command line, else by the configuration file, else by default.
+// docs/operating.md is the list for people.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+#include <gateway/service/data/data_store.h>
+
+namespace tav::gateway {
+
+constexpr int kMaxTrace = 32;
+
+enum class eCommand {
+  Run,   // all services
+  Data,  // the database control service alone
+};
+
+struct cOptions {
+  eCommand command = eCommand::Run;
+  std::string dir;                  // of sockets and database; empty: each at its usual place
+  std::string configFile;           // empty: none was there
+  std::string dataFile = "tav.db";  // relative to the directory of the database
+  data::eDurability durability = data::eDurability::Full;
+  std::uint64_t maxMegabytes = 0;  // of the database; 0: no limit
+  int trace = 4;                   // level of all trace units
+
+  // Where sockets and database stand.
+  std::string GetSocketDirectory() const;  // empty: the framework's default
+  std::string GetDataFile() const;
+};
+
+struct cParsedOptions {
+  std::optional<cOptions> options;  // none: end with this exit code
+  int exitCode = 0;
+  std::string text;  // help or the error, for people
+};
+
+cParsedOptions ParseOptions(int argc, const char* const* argv);
+
+// "full" or "normal".
+std::optional<data::eDurability> ReadDurability(const std::string& text);
+
+}  // namespace tav::gateway

@@ -1,0 +1,105 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <gateway/driver/input/descriptor_input.h>
+
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cstring>
+
+namespace tav {
+
+namespace {
+
+constexpr std::size_t kBlock = 16 << 10;
+
+}  // namespace
+
+cDescriptorInput::cDescriptorInput(vorn::cService* service, cInputSpec spec, cInputEvents events,
+                                   unsigned int reopenType)
+    : m_service(service),
+      m_spec(std::move(spec)),
+      m_events(std::move(events)),
+      m_reopenType(reopenType),
+      m_reopen(service) {
+  m_reopen.Start(0, m_reopenType);
+}
+
+cDescriptorInput::~cDescriptorInput() { Close(); }
+
+void cDescriptorInput::Open() {
+  std::string error;
+  m_descriptor = OpenInput(m_spec, error);
+  if (m_descriptor < 0) {
+    Lose(error);
+  } else if (m_spec.kind == eInputKind::Tcp) {
+    m_watch.emplace(m_service, m_descriptor, vorn::cWatch::eEvent::Write, [this] { OnConnected(); });
+  } else {
+    Listen();
+  }
+}
+
+void cDescriptorInput::OnConnected() {
+  int code = 0;
+  socklen_t size = sizeof code;
+  if (getsockopt(m_descriptor, SOL_SOCKET, SO_ERROR, &code, &size) != 0) code = errno;
+  if (code != 0)
+    Lose("cannot connect to " + m_spec.ToString() + ": " + std::strerror(code));
+  else
+    Listen();
+}
+
+void cDescriptorInput::Listen() {
+  m_open = true;
+  m_backOff = kFirstBackOffMs;
+  m_lossReported = false;
+  m_watch.reset();
+  if (m_events.onOpen) m_events.onOpen();
+  if (!m_paused && m_descriptor >= 0) Resume();
+}
+
+void cDescriptorInput::Pause() {
+  m_paused = true;
+  if (m_open) m_watch.reset();
+}
+
+void cDescriptorInput::Resume() {
+  m_paused = false;
+  if (m_open && !m_watch)
+    m_watch.emplace(m_service, m_descriptor, vorn::cWatch::eEvent::Read, [this] { OnReadable(); });
+}
+
+void cDescriptorInput::OnReadable() {
+  std::array<unsigned char, kBlock> block;
+  const ssize_t size = read(m_descriptor, block.data(), block.size());
+  if (size > 0) {
+    m_events.onBytes(block.data(), static_cast<std::size_t>(size));
+  } else if (size == 0) {
+    Lose(m_spec.IsLive() ? m_spec.ToString() + " ended" : std::string());
+  } else if (errno != EAGAIN && errno != EWOULDBLOCK && errno != EINTR) {
+    Lose("cannot read " + m_spec.ToString() + ": " + std::strerror(errno));
+  }
+}
+
+void cDescriptorInput::Lose(const std::string& reason) {
+  Close();
+  if (!m_spec.IsLive()) {
+    m_events.onEnd(reason);
+    return;
+  }
+  m_reopen.Start(m_backOff, m_reopenType, m_backOff / 4);
+  m_backOff = std::min(m_backOff * 2, kLongestBackOffMs);
+  // One report a loss: the attempts that follow are expected to fail for a while.
+  if (!std::exchange(m_lossReported, true)) m_events.onLost(reason);
+}
+
+void cDescriptorInput::Close() {
+  m_open = false;
+  m_watch.reset();
+  if (m_descriptor >= 0) close(m_descriptor);
+  m_descriptor = -1;
+}
+
+}  // namespace tav

@@ -1,0 +1,56 @@
+// SPDX-License-Identifier: Apache-2.0
+// cDescriptorInput: an input behind a file descriptor, read in blocks on the loop. A live one (device, connection) that
+// breaks is opened again, after 100 ms first and up to 10 s later.
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+
+#include <tav/framework/timer.h>
+#include <tav/framework/watch.h>
+
+#include <gateway/driver/input/byte_input.h>
+#include <gateway/driver/input/input_opener.h>
+
+namespace tav {
+
+class cDescriptorInput : public cByteInput {
+ public:
+  static constexpr unsigned int kFirstBackOffMs = 100;
+  static constexpr unsigned int kLongestBackOffMs = 10000;
+
+  // Opens with the first turn of the loop. reopenType: the type of the timer message that the owner's DispatchMessage
+  // hands to OnTimer.
+  cDescriptorInput(vorn::cService* service, cInputSpec spec, cInputEvents events, unsigned int reopenType);
+  ~cDescriptorInput() override;
+  cDescriptorInput(const cDescriptorInput&) = delete;
+  cDescriptorInput& operator=(const cDescriptorInput&) = delete;
+
+  bool CanWait() const override { return !m_spec.IsLive(); }
+  void Pause() override;
+  void Resume() override;
+  void OnTimer() { Open(); }
+
+ private:
+  void Open();
+  void OnConnected();
+  void Listen();
+  void OnReadable();
+  void Lose(const std::string& reason);
+  void Close();
+
+  vorn::cService* m_service;
+  cInputSpec m_spec;
+  cInputEvents m_events;
+  unsigned int m_reopenType;
+  vorn::cTimer m_reopen;
+  unsigned int m_backOff = kFirstBackOffMs;
+  int m_descriptor = -1;
+  bool m_open = false;  // connected, not only on the way
+  bool m_paused = false;
+  bool m_lossReported = false;
+  std::optional<vorn::cWatch> m_watch;
+};
+
+}  // namespace tav

@@ -1,0 +1,93 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <gateway/driver/sml/ehz_options.h>
+
+#include <CLI/CLI.hpp>
+#include <cstdio>
+
+#include <tav/record/meter_tav.h>
+
+namespace tav::sml {
+
+namespace {
+
+constexpr unsigned int kMostSimulatedMeters = 1000;
+
+std::string CheckMedium(const std::string& medium) {
+  return cMeterTav::MediumToString(medium) == "unknown" ? "'" + medium +
+                                                              "' is no medium letter (E electricity, H heat, "
+                                                              "W warm water, w water, G gas, ...)"
+                                                        : std::string();
+}
+
+void Describe(CLI::App& app, cEhzOptions& options, std::uint32_t& simBegin) {
+  app.add_option("--dir", options.directory,
+                 "Directory of the service sockets (default: VORN_DIR, $XDG_RUNTIME_DIR/vorn, /run/vorn)");
+  app.add_option("--interface", options.interfaceName,
+                 "Name of the interface (default: SIM for the simulation, else RS232)");
+  app.add_option("--input", options.inputText,
+                 "A serial device, tcp://host:port, a file, '-' for standard input, or 'sim' for simulated meters")
+      ->required();
+  app.add_option("--baud", options.input.baud, "Bits per second of a serial device")->capture_default_str();
+  app.add_option("--framing", options.input.framing, "Data bits, parity and stop bits of a serial device")
+      ->capture_default_str();
+  app.add_option("--medium", options.medium, "Medium letter of the readings")
+      ->check(CheckMedium)
+      ->capture_default_str();
+  app.add_option("--interval", options.intervalSeconds,
+                 "Store one reading a meter every so many seconds, aligned to the clock; 0 stores all")
+      ->capture_default_str();
+  app.add_option("--rules", options.rulesFile, "OBIS rules (TOML); values without a rule are left out");
+  app.add_flag("--keep-names", options.keepNames, "Keep the identifiers of the meter where a rule fits");
+  app.add_option("--meter", options.meters, "Only the meters with this identifier; may be repeated");
+  app.add_flag("--raw", options.raw, "Store the telegram's bytes with each reading");
+  app.add_flag("--once", options.once, "End after the input's end, once everything is acknowledged");
+  app.add_option("--wait", options.waitSeconds, "Seconds to wait for acknowledgements at the end")
+      ->capture_default_str();
+  app.add_option("--trace", options.traceLevel, "Trace level: 2 failures, 4 warnings, 8 notes, 16 progress")
+      ->capture_default_str();
+  app.add_option("--seed", options.simulation.simulator.seed, "Simulation: which household")->capture_default_str();
+  app.add_option("--meters", options.simulation.simulator.meters, "Simulation: number of meters")
+      ->check(CLI::Range(1u, kMostSimulatedMeters))
+      ->capture_default_str();
+  app.add_option("--period", options.simulation.periodSeconds, "Simulation: seconds between two telegrams of a meter")
+      ->check(CLI::Range(1u, 86400u))
+      ->capture_default_str();
+  app.add_option("--rounds", options.simulation.rounds, "Simulation: telegrams of each meter, then it ends; 0 does not")
+      ->capture_default_str();
+  app.add_option("--begin", simBegin,
+                 "Simulation: seconds since 1970 UTC of the first telegram; time then runs as fast as it is taken");
+  app.add_flag("--solar", options.simulation.simulator.solar, "Simulation: panels on the roof");
+}
+
+bool Complete(const CLI::App& app, cEhzOptions& options, std::uint32_t simBegin, std::string& error) {
+  options.simulated = options.inputText == "sim";
+  if (app.count("--begin") != 0) options.simulation.begin = simBegin;
+  if (options.interfaceName.empty()) options.interfaceName = options.simulated ? "SIM" : "RS232";
+  if (options.simulated) return true;
+  if (!cInputSpec::Parse(options.inputText, options.input, error)) return false;
+  return options.input.kind != eInputKind::Serial || CheckSerialSettings(options.input, error);
+}
+
+}  // namespace
+
+bool cEhzOptions::Parse(int argc, char** argv, cEhzOptions& options, int& exitCode) {
+  CLI::App app("Meter driver for SML: reads telegrams and hands the readings to the database service.", "ehzif");
+  app.footer(
+      "Exit codes: 0 all is well; 1 readings were refused, dropped or not acknowledged; 2 a wrong option; 3 the "
+      "input cannot be read.");
+  std::uint32_t simBegin = 0;
+  Describe(app, options, simBegin);
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::ParseError& fault) {
+    exitCode = app.exit(fault) == 0 ? eExitOk : eExitUsage;
+    return false;
+  }
+  std::string error;
+  if (Complete(app, options, simBegin, error)) return true;
+  std::fprintf(stderr, "ehzif: --input: %s\n", error.c_str());
+  exitCode = eExitUsage;
+  return false;
+}
+
+}  // namespace tav::sml

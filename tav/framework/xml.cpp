@@ -132,7 +132,8 @@ void WriteRecord(pugi::xml_node& node, const cRecord& record) {
 
 // ---- XML to records
 
-bool ReadRecord(const pugi::xml_node& node, cRecord& record);
+// depth: levels of records around this one and it; a file may nest deeper than a stack is.
+bool ReadRecord(const pugi::xml_node& node, unsigned int depth, cRecord& record);
 
 bool ReadNumber(const std::string& text, std::uint64_t most, std::uint64_t& number) {
   if (text.empty() || text.size() > 20 || text.find_first_not_of("0123456789") != std::string::npos) return false;
@@ -166,11 +167,12 @@ bool ReadText(const pugi::xml_node& node, std::string& text) {
   return true;
 }
 
-bool ReadValue(const pugi::xml_node& node, vorn::eParType type, const std::string& name, cRecord& record) {
+bool ReadValue(const pugi::xml_node& node, unsigned int depth, vorn::eParType type, const std::string& name,
+               cRecord& record) {
   std::string text;
   if (type == vorn::eParRecord) {
     cRecord nested;
-    if (!ReadRecord(node, nested)) return false;
+    if (!ReadRecord(node, depth + 1, nested)) return false;
     record.AppendRecordPar(name, nested);
     return true;
   }
@@ -220,7 +222,7 @@ bool ReadValue(const pugi::xml_node& node, vorn::eParType type, const std::strin
   }
 }
 
-bool ReadPar(const pugi::xml_node& node, cRecord& record) {
+bool ReadPar(const pugi::xml_node& node, unsigned int depth, cRecord& record) {
   std::string name = node.attribute("name").value();
   if (node.attribute("name").empty() && !ReadHexAttribute(node, "hexname", name)) return false;
   const std::string typeName = node.attribute("type").value();
@@ -228,15 +230,16 @@ bool ReadPar(const pugi::xml_node& node, cRecord& record) {
     if (typeName == known.name) {
       const std::size_t before = record.GetBytes().size();
       // Nothing appended: name too long or nested too deep, which has been traced.
-      return ReadValue(node, known.type, name, record) && record.GetBytes().size() != before;
+      return ReadValue(node, depth, known.type, name, record) && record.GetBytes().size() != before;
     }
   return false;
 }
 
-bool ReadRecord(const pugi::xml_node& node, cRecord& record) {
+bool ReadRecord(const pugi::xml_node& node, unsigned int depth, cRecord& record) {
+  if (depth > vorn::detail::kMaxRecordDepth) return false;
   for (const pugi::xml_node& child : node.children()) {
     if (child.type() != pugi::node_element) continue;
-    if (std::strcmp(child.name(), "par") != 0 || !ReadPar(child, record)) return false;
+    if (std::strcmp(child.name(), "par") != 0 || !ReadPar(child, depth, record)) return false;
   }
   return true;
 }
@@ -304,7 +307,7 @@ int RecordFromXmlFile(cRecord& record, const std::string& file, const std::strin
   const pugi::xml_node node = document.document_element();
   if (std::strcmp(node.name(), root != nullptr ? root : "record") != 0) return eXmlNoRecord;
   cRecord read;
-  if (!ReadRecord(node, read)) return eXmlNoRecord;
+  if (!ReadRecord(node, 1, read)) return eXmlNoRecord;
   record = read;
   return eXmlOk;
 }

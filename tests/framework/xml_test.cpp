@@ -166,6 +166,24 @@ TEST_F(Xml, WhatIsNoRecordIsRefusedAndTheRecordLeftAlone) {
 
 // ---- XMLNode
 
+TEST_F(Xml, RecordsNestedDeeperThanAnyRecordAreRefused) {
+  const auto nested = [](int levels) {
+    std::string text;
+    for (int i = 1; i < levels; ++i) text += "<par name=\"in\" type=\"record\">";
+    text += "<par name=\"leaf\" type=\"uint\">1</par>";
+    for (int i = 1; i < levels; ++i) text += "</par>";
+    return "<record>" + text + "</record>";
+  };
+  cRecord record;
+  Write(nested(16));
+  EXPECT_EQ(xml::RecordFromXmlFile(record, "42.mt", directory.GetPath(), nullptr), 0);
+  EXPECT_EQ(record.GetDepth(), 16u);
+  for (const int levels : {17, 200000}) {  // the second is deeper than the stack
+    Write(nested(levels));
+    EXPECT_NE(xml::RecordFromXmlFile(record, "42.mt", directory.GetPath(), nullptr), 0) << levels;
+  }
+}
+
 TEST_F(Xml, NodesAreFoundByPathAndNumber) {
   Write(
       "<?xml version=\"1.0\"?><!-- c --><Manifest><Version> 1.2 </Version>text<File n=\"1\"><Name>a</Name></File>"

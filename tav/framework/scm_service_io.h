@@ -19,6 +19,8 @@ namespace detail {
 class cConnector;
 }
 
+class cScmMonitor;
+
 class VORN_API cScmServiceIO {
  public:
   // Mode bit 2: keep alive (pings an idle peer). All other bits are reserved and ignored, so -1 means keep alive.
@@ -48,6 +50,8 @@ class VORN_API cScmServiceIO {
   cScmService* GetService() const { return m_service; }
 
  private:
+  friend class cScmMonitor;
+
   cScmService* m_service;
   std::string m_name;
   std::shared_ptr<detail::cConnector> m_connector;

@@ -108,7 +108,11 @@ void cConnector::OnMessage(const std::shared_ptr<cSocketChannel>& channel, const
   m_loop->Keep([dispatch, channel, msg] { dispatch(msg); });
 }
 
-bool cConnector::OnFrameworkMessage(const std::shared_ptr<cSocketChannel>&, const cMsg&) { return false; }
+bool cConnector::OnFrameworkMessage(const std::shared_ptr<cSocketChannel>& channel, const cMsg& msg) {
+  if (!m_monitor || msg.GetType() < eFrameMonitorOn || msg.GetType() > eFrameMirrored) return false;
+  OnMessage(channel, msg);
+  return true;
+}
 
 void cConnector::OnClosed(const std::shared_ptr<cSocketChannel>& channel) {
   if (m_io == nullptr || m_channel != channel) return;

@@ -26,6 +26,8 @@ class cConnector final : public cChannelOwner, public std::enable_shared_from_th
   // Null while not connected.
   std::shared_ptr<cSocketChannel> GetChannel() const { return m_connected ? m_channel : nullptr; }
   void HealthRequest();
+  // Hands what answers a monitor to the proxy as well; for any other proxy such a message is unexpected.
+  void TakeMonitorMessages() { m_monitor = true; }
 
   cRecord GetHello() const override;
   void OnEstablished(const std::shared_ptr<cSocketChannel>& channel) override;
@@ -41,6 +43,7 @@ class cConnector final : public cChannelOwner, public std::enable_shared_from_th
   cScmService* m_service;
   std::string m_path;
   bool m_keepAlive;
+  bool m_monitor = false;
   std::shared_ptr<cLoop> m_loop;
   std::shared_ptr<cSocketChannel> m_channel;  // the present one, established or not
   bool m_connected = false;                   // as user code sees it: from OnConnect to OnClose

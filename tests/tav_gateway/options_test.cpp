@@ -1,0 +1,150 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <gateway/tav_gateway/options.h>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <fstream>
+
+#include <gateway/tav_gateway/exit_code.h>
+#include <tests/support/temp_folder.h>
+
+namespace tav::gateway {
+namespace {
+
+using testing::HasSubstr;
+
+class Options : public testing::Test {
+ protected:
+  static cParsedOptions Parse(std::vector<const char*> arguments) {
+    arguments.insert(arguments.begin(), "tav-gateway");
+    return ParseOptions(static_cast<int>(arguments.size()), arguments.data());
+  }
+  std::string Write(const std::string& text, const std::string& name = "my.toml") {
+    std::ofstream(m_folder.File(name)) << text;
+    return m_folder.File(name);
+  }
+  // What the file says is wrong with it.
+  std::string ErrorOf(const std::string& text) {
+    const std::string file = Write(text);
+    const cParsedOptions parsed = Parse({"run", "--config", file.c_str()});
+    EXPECT_FALSE(parsed.options);
+    EXPECT_EQ(parsed.exitCode, eExitUsage);
+    EXPECT_EQ(parsed.text.substr(0, file.size()), file);
+    return parsed.text.substr(std::min(file.size(), parsed.text.size()));
+  }
+
+  cTempFolder m_folder;
+};
+
+TEST_F(Options, WorkWithoutAnyWord) {
+  const cParsedOptions parsed = Parse({"run"});
+  ASSERT_TRUE(parsed.options) << parsed.text;
+  EXPECT_EQ(parsed.options->command, eCommand::Run);
+  EXPECT_EQ(parsed.options->durability, data::eDurability::Full);
+  EXPECT_EQ(parsed.options->GetSocketDirectory(), "");
+  EXPECT_THAT(parsed.options->GetDataFile(), HasSubstr("/tav/tav.db"));
+}
+
+TEST_F(Options, KeepSocketsAndDatabaseUnderOneDirectory) {
+  const cParsedOptions parsed = Parse({"data", "--dir", "/somewhere"});
+  ASSERT_TRUE(parsed.options) << parsed.text;
+  EXPECT_EQ(parsed.options->command, eCommand::Data);
+  EXPECT_EQ(parsed.options->GetSocketDirectory(), "/somewhere");
+  EXPECT_EQ(parsed.options->GetDataFile(), "/somewhere/tav.db");
+}
+
+TEST_F(Options, TakeTheStateDirectoryOfTheServiceManager) {
+  setenv("STATE_DIRECTORY", "/var/lib/meters", 1);
+  const cParsedOptions parsed = Parse({"run"});
+  EXPECT_EQ(parsed.options->GetDataFile(), "/var/lib/meters/tav.db");
+  unsetenv("STATE_DIRECTORY");
+}
+
+TEST_F(Options, ComeFromTheFile) {
+  const std::string file = Write(
+      "[gateway]\ndir = \"/somewhere\"\ntrace = 16\n[data]\nfile = \"/disk/meters.db\"\ndurability = \"normal\"\n"
+      "max-megabytes = 500\n");
+  const cParsedOptions parsed = Parse({"run", "--config", file.c_str()});
+  ASSERT_TRUE(parsed.options) << parsed.text;
+  EXPECT_EQ(parsed.options->dir, "/somewhere");
+  EXPECT_EQ(parsed.options->trace, 16);
+  EXPECT_EQ(parsed.options->GetDataFile(), "/disk/meters.db");
+  EXPECT_EQ(parsed.options->durability, data::eDurability::Normal);
+  EXPECT_EQ(parsed.options->maxMegabytes, 500u);
+}
+
+TEST_F(Options, OfTheCommandLineHoldAgainstTheFile) {
+  const std::string file = Write("[gateway]\ndir = \"/a\"\ntrace = 16\n[data]\ndurability = \"normal\"\n");
+  const cParsedOptions parsed =
+      Parse({"run", "--config", file.c_str(), "--dir", "/b", "--trace", "0", "--durability", "full"});
+  ASSERT_TRUE(parsed.options) << parsed.text;
+  EXPECT_EQ(parsed.options->dir, "/b");
+  EXPECT_EQ(parsed.options->trace, 0);
+  EXPECT_EQ(parsed.options->durability, data::eDurability::Full);
+}
+
+TEST_F(Options, FindTheFileInTheDirectory) {
+  Write("[gateway]\ntrace = 8\n", "tav-gateway.toml");
+  const cParsedOptions parsed = Parse({"run", "--dir", m_folder.GetPath().c_str()});
+  ASSERT_TRUE(parsed.options) << parsed.text;
+  EXPECT_EQ(parsed.options->trace, 8);
+  EXPECT_EQ(parsed.options->configFile, m_folder.File("tav-gateway.toml"));
+}
+
+TEST_F(Options, OfTheFileThatAreWrongAreNamedWithLineAndKey) {
+  struct {
+    const char* text;
+    const char* error;
+  } const cases[] = {
+      {"[data]\n\ndurability = \"ful\"\n", ":3: key \"data.durability\": expected \"full\" or \"normal\""},
+      {"[data]\ndurability = 1\n", ":2: key \"data.durability\": expected \"full\" or \"normal\""},
+      {"[data]\nfile = \"\"\n", ":2: key \"data.file\": expected a path as text"},
+      {"[data]\nmax-megabytes = -1\n", ":2: key \"data.max-megabytes\": expected 0 (no limit) to 1000000 megabytes"},
+      {"[data]\ndurabilty = \"full\"\n", ":2: key \"data.durabilty\": there is no such key"},
+      {"[gateway]\ntrace = 33\n", ":2: key \"gateway.trace\": expected a level from 0 to 32"},
+      {"[gateway]\ntrace = \"16\"\n", ":2: key \"gateway.trace\": expected a level from 0 to 32"},
+      {"[gateway]\ndir = []\n", ":2: key \"gateway.dir\": expected a path as text"},
+      {"\n[dta]\nx = 1\n", ":2: \"dta\": there is no such section"},
+      {"trace = 1\n", ":1: \"trace\": there is no such section"},
+      {"data = 1\n", ":1: \"data\": there is no such section"},
+  };
+  for (const auto& [text, error] : cases) EXPECT_EQ(ErrorOf(text), error);
+}
+
+TEST_F(Options, AFileThatIsNoTomlIsNamedWithItsLine) {
+  EXPECT_THAT(ErrorOf("[gateway]\ntrace = \n"), testing::StartsWith(":2: "));
+  EXPECT_THAT(ErrorOf("[gateway\n"), testing::StartsWith(":1: "));
+}
+
+TEST_F(Options, AFileThatIsNotThereIsNamed) {
+  const cParsedOptions parsed = Parse({"run", "--config", "/nowhere/my.toml"});
+  EXPECT_EQ(parsed.exitCode, eExitUsage);
+  EXPECT_EQ(parsed.text, "/nowhere/my.toml: cannot be read");
+}
+
+TEST_F(Options, AWrongWordIsAnErrorThatNamesIt) {
+  for (const auto& [word, value] : {std::pair("--durability", "x"),
+                                    {"--trace", "33"},
+                                    {"--trace", "-1"},
+                                    {"--trace", "much"},
+                                    {"--dri", "/a"},
+                                    {"walk", "away"}}) {
+    const cParsedOptions parsed = Parse({"run", word, value});
+    EXPECT_FALSE(parsed.options) << word;
+    EXPECT_EQ(parsed.exitCode, eExitUsage);
+    EXPECT_THAT(parsed.text, HasSubstr(word));
+  }
+  EXPECT_EQ(Parse({}).exitCode, eExitUsage);
+}
+
+TEST_F(Options, HelpIsNoError) {
+  const cParsedOptions parsed = Parse({"run", "--help"});
+  EXPECT_FALSE(parsed.options);
+  EXPECT_EQ(parsed.exitCode, eExitDone);
+  EXPECT_THAT(parsed.text, HasSubstr("--durability"));
+}
+
+}  // namespace
+}  // namespace tav::gateway

@@ -69,15 +69,8 @@ class cProtocol {
 
   // Null when no row has that number.
   constexpr const cProtocolMessage* Find(unsigned int id) const {
-    std::size_t low = 0;
-    for (std::size_t high = m_count; low < high;) {
-      const std::size_t middle = low + (high - low) / 2;
-      if (m_messages[middle].id < id)
-        low = middle + 1;
-      else
-        high = middle;
-    }
-    return low < m_count && m_messages[low].id == id ? m_messages + low : nullptr;
+    const std::size_t at = IndexOf(id);
+    return at < m_count ? m_messages + at : nullptr;
   }
 
   // What every protocol's header asserts of its table.
@@ -98,12 +91,24 @@ class cProtocol {
   constexpr bool AnswersGoBack() const {
     for (const cProtocolMessage& message : *this)
       for (const unsigned int id : {message.answer, message.refusal})
-        if (const cProtocolMessage* back = Find(id); back != nullptr && back->direction == message.direction)
-          return false;
+        if (IndexOf(id) < m_count && m_messages[IndexOf(id)].direction == message.direction) return false;
     return true;
   }
 
  private:
+  // The number of rows when there is none of that number.
+  constexpr std::size_t IndexOf(unsigned int id) const {
+    std::size_t low = 0;
+    for (std::size_t high = m_count; low < high;) {
+      const std::size_t middle = low + (high - low) / 2;
+      if (m_messages[middle].id < id)
+        low = middle + 1;
+      else
+        high = middle;
+    }
+    return low < m_count && m_messages[low].id == id ? low : m_count;
+  }
+
   std::string_view m_service;
   const cProtocolMessage* m_messages;
   std::size_t m_count;

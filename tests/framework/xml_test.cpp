@@ -164,8 +164,6 @@ TEST_F(Xml, WhatIsNoRecordIsRefusedAndTheRecordLeftAlone) {
   }
 }
 
-// ---- XMLNode
-
 TEST_F(Xml, RecordsNestedDeeperThanAnyRecordAreRefused) {
   const auto nested = [](int levels) {
     std::string text;
@@ -174,15 +172,17 @@ TEST_F(Xml, RecordsNestedDeeperThanAnyRecordAreRefused) {
     for (int i = 1; i < levels; ++i) text += "</par>";
     return "<record>" + text + "</record>";
   };
-  cRecord record;
+  vorn::cRecord record;
   Write(nested(16));
-  EXPECT_EQ(xml::RecordFromXmlFile(record, "42.mt", directory.GetPath(), nullptr), 0);
+  EXPECT_EQ(Load(record), 0);
   EXPECT_EQ(record.GetDepth(), 16u);
   for (const int levels : {17, 200000}) {  // the second is deeper than the stack
     Write(nested(levels));
-    EXPECT_NE(xml::RecordFromXmlFile(record, "42.mt", directory.GetPath(), nullptr), 0) << levels;
+    EXPECT_NE(Load(record), 0) << levels;
   }
 }
+
+// ---- XMLNode
 
 TEST_F(Xml, NodesAreFoundByPathAndNumber) {
   Write(

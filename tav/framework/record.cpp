@@ -107,7 +107,7 @@ bool cRecord::FromBytes(const void* bytes, std::size_t size, cRecord& record, st
     record = cRecord();
     return true;
   }
-  detail::cRecordBuffer* buffer = detail::NewBuffer(size);
+  detail::cRecordBuffer* buffer = detail::NewBuffer(size + detail::kScanRoom);
   if (buffer == nullptr) {
     if (error != nullptr) *error = "no memory for " + std::to_string(size) + " bytes";
     return false;

@@ -32,6 +32,30 @@ constexpr cTypeRule kTypeRules[] = {
     {kBytes, kAny},                       // eParData
 };
 
+// The common case of ScanPlain: what a value of each type is, a hexadecimal digit
+// for each CBOR major type from the right.
+enum ePlainKind : unsigned { eNoPlain, eNumber, ePlainBytes, ePlainText };
+constexpr std::uint32_t kPlainKinds[] = {
+    0x00000000,  // no such type
+    0x00003000,  // eParText
+    0x00000011,  // eParInt
+    0x00000001,  // eParUInt
+    0x00000001,  // eParUInt64
+    0x00000000,  // eParBool: two of many simple values
+    0x00000200,  // eParRecord
+    0x00000001,  // eParTime
+    0x00000000,  // eParUuid: one length only
+    0x00000200,  // eParData
+};
+constexpr std::size_t kPlainRoom = 1 + 23 + 2 + 8;  // the largest name, head and number
+static_assert(kPlainRoom <= kScanRoom);
+constexpr std::uint64_t kLeastOfWidth[] = {24, 0x100, 0x10000, 0x100000000};  // in 1, 2, 4, 8 bytes behind the head
+// The bytes of a name's head and first three letters that belong to it, by its length.
+constexpr std::uint32_t kKeyMasks[24] = {0x000000FF, 0x0000FFFF, 0x00FFFFFF, 0xFFFFFFFF, 0xFFFFFFFF, 0xFFFFFFFF,
+                                         0xFFFFFFFF, 0xFFFFFFFF, 0xFFFFFFFF, 0xFFFFFFFF, 0xFFFFFFFF, 0xFFFFFFFF,
+                                         0xFFFFFFFF, 0xFFFFFFFF, 0xFFFFFFFF, 0xFFFFFFFF, 0xFFFFFFFF, 0xFFFFFFFF,
+                                         0xFFFFFFFF, 0xFFFFFFFF, 0xFFFFFFFF, 0xFFFFFFFF, 0xFFFFFFFF, 0xFFFFFFFF};
+
 // What is wrong, where; kept as a literal so that refusing costs nothing.
 struct cFault {
   const char* what = nullptr;
@@ -50,6 +74,7 @@ class cScanner {
   explicit cScanner(cRecordBuffer* buffer)
       : m_buffer(buffer),
         m_bytes(buffer->Bytes()),
+        m_stop(m_bytes + buffer->capacity),
         m_next(buffer->index),
         m_limit(buffer->index + buffer->indexCapacity) {}
 
@@ -65,11 +90,13 @@ class cScanner {
   bool Grow();
   Bytes ReadLongHead(Bytes at, Bytes end, std::uint64_t& number);
   Bytes ReadItem(Bytes at, Bytes end, std::uint64_t& number);
+  Bytes ScanPlain(Bytes at, Bytes end, cRecordIndexEntry& entry, bool& nested);
   Bytes ScanName(Bytes at, Bytes end, cRecordIndexEntry& entry);
   Bytes ScanValue(Bytes at, Bytes end, bool& nested);
 
   cRecordBuffer* m_buffer;
   Bytes m_bytes;
+  Bytes m_stop;  // so far memory can be read, whatever stands there
   cRecordIndexEntry* m_next;
   cRecordIndexEntry* m_limit;
   unsigned m_depth = 1;
@@ -112,7 +139,10 @@ inline Bytes cScanner::ReadItem(Bytes at, Bytes end, std::uint64_t& number) {
     number = at[1];
     return at + 2;
   }
-  return ReadLongHead(at, end, number);
+  std::uint64_t longNumber = 0;  // so that number itself can stay in a register
+  at = ReadLongHead(at, end, longNumber);
+  number = longNumber;
+  return at;
 }
 
 inline Bytes cScanner::ScanName(Bytes at, Bytes end, cRecordIndexEntry& entry) {
@@ -157,6 +187,33 @@ inline Bytes cScanner::ScanValue(Bytes at, Bytes end, bool& nested) {
   return at;
 }
 
+// Most parameters have a name and a value of less than 24 bytes, or a number. Behind such a parameter, or null for any
+// other; what is wrong is found by the slow way. kPlainRoom bytes of memory can be read from at on.
+inline Bytes cScanner::ScanPlain(Bytes at, Bytes end, cRecordIndexEntry& entry, bool& nested) {
+  const unsigned size = *at ^ kCborText;
+  if (size >= 24 || end - at < static_cast<std::ptrdiff_t>(size + 3)) return nullptr;
+  entry = {(Load<std::uint32_t>(at) & kKeyMasks[size]) ^ kCborText, static_cast<std::uint32_t>(at + 1 - m_bytes), 0};
+  const Bytes value = at + 1 + size;
+  const unsigned type = value[0];
+  const unsigned head = value[1];
+  const unsigned number = head & 0x1F;
+  if (type > eParData) return nullptr;
+  const unsigned kind = kPlainKinds[type] >> (head >> 5) * 4 & 0xF;
+  at = value + 2;
+  if (kind == eNumber) {
+    if (number < 24) return at;
+    if (number > 27) return nullptr;
+    const unsigned width = 1u << (number - 24);
+    if (end - at < static_cast<std::ptrdiff_t>(width)) return nullptr;
+    const std::uint64_t wide = __builtin_bswap64(Load<std::uint64_t>(at)) >> (64 - 8 * width);
+    return wide >= kLeastOfWidth[number - 24] && wide <= kTypeRules[type].most ? at + width : nullptr;
+  }
+  if (kind == eNoPlain || number >= 24 || static_cast<std::size_t>(end - at) < number) return nullptr;
+  if (kind == ePlainText && !IsAscii(at, number)) return nullptr;
+  nested |= type == eParRecord;
+  return at + number;
+}
+
 // A record's entries stand side by side, so those of its nested records come in a second round.
 bool cScanner::ScanRecord(Bytes at, Bytes end, unsigned depth, std::uint32_t& head) {
   if (depth > kMaxRecordDepth) return Refuse("records nest deeper than 16", at) != nullptr;
@@ -170,6 +227,13 @@ bool cScanner::ScanRecord(Bytes at, Bytes end, unsigned depth, std::uint32_t& he
       m_next = next;
       if (!Grow()) return false;
       next = m_next;
+    }
+    if (static_cast<std::size_t>(m_stop - at) >= kPlainRoom) {
+      if (const Bytes behind = ScanPlain(at, end, *next, nested)) {
+        at = behind;
+        ++next;
+        continue;
+      }
     }
     if ((at = ScanName(at, end, *next++)) == nullptr) return false;
     if ((at = ScanValue(at, end, nested)) == nullptr) return false;

@@ -25,7 +25,6 @@ void cMeterRecord::ProcessFilter(const cObisMap& map, cMeterRecord& out, bool ke
   entries.swap(m_entries);
   out = *this;  // all but the entries
   m_entries.swap(entries);
-  if (&out == this) return;
   for (cMeasurementEntry& entry : m_entries) {
     cObisMapEntry rule;
     const bool found = map.GetEntryByObisId(entry.GetName(), rule, true);

@@ -105,6 +105,12 @@ TEST(ObisMapEntry, RefusesAnUnknownProtocolAndKeepsTheNewOptions) {
   EXPECT_EQ(entry.ToRecord(), Energy().ToRecord());
 }
 
+TEST(ObisMapEntry, AMappingWithoutProtocolForgetsTheEarlierOne) {
+  cObisMapEntry entry = Energy();
+  EXPECT_TRUE(entry.Set(7, "Energy", "1-0:1.8.0", "medium=E"));
+  EXPECT_EQ(entry.GetProtocol(), cObisMapEntry::eMapProtoNone);
+}
+
 TEST(ObisMapEntry, ComparesProtocolTextsExactly) {
   for (const char* map : {"protocol=MBUS", "protocol= mbus", "protocol=mbus ", "protocol="}) {
     cObisMapEntry entry;

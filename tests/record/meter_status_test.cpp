@@ -97,7 +97,10 @@ TEST(MeterStatus, AssignmentLeavesActivationAndTheStoredRecord) {
   cMeterStatus source = Full();
   source.SetActivation(false);
   cMeterStatus target;
-  ASSERT_TRUE(target.FromRecord(Full().ToRecordWithMeterRec(Reading())));
+  vorn::cRecord form = Form();
+  form.AppendRecordPar("meter-rec", Reading().ToRecord());
+  ASSERT_TRUE(target.FromRecord(form));
+  target.SetActivation(true);
   target = source;
   EXPECT_TRUE(target.GetActivation());
   EXPECT_EQ(target.GetMeterRec(), Reading().ToRecord());

@@ -141,8 +141,10 @@ TEST(MeterTav, AUnitIsLookedUpAndAnyOtherCodeIsOther) {
 TEST(MeterTav, AUnitAddedByTheProcessIsFound) {
   cMeterTav::ObisUnitInit();
   tav::_obisUnits.Set(2, "mo");
+  tav::_obisUnits.Set(30, "kWh");
   EXPECT_EQ(cMeterTav::ObisUnit(2), "mo");
-  tav::_obisUnits.Remove(2);
+  EXPECT_EQ(cMeterTav::ObisUnit(30), "kWh") << "filled once, not at every look";
+  tav::_obisUnits.clear();
 }
 
 TEST(MeterTav, TimeSourcesHaveTheirNumbersAndTexts) {

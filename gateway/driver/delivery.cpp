@@ -1,10 +1,38 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <gateway/driver/delivery.h>
 
+#include <algorithm>
+
 #include <gateway/driver/unit_driver.h>
 #include <tav/service/db_ctrl_protocol.h>
 
 namespace tav {
+
+namespace {
+
+constexpr int kWarning = 4;
+
+bool IsReading(const vorn::cMsg& msg) { return msg.GetType() == db_ctrl::eStoreMeterRec; }
+
+// The request that a message answers; 0 when it answers none of ours.
+unsigned int AnsweredBy(const vorn::cMsg& msg) {
+  switch (msg.GetType()) {
+    case db_ctrl::eMeterRecStored:
+    case db_ctrl::eStoreMeterRecFailed:
+      return db_ctrl::eStoreMeterRec;
+    case db_ctrl::eEventStored:
+    case db_ctrl::eStoreEventFailed:
+      return db_ctrl::eStoreEvent;
+    default:
+      return 0;
+  }
+}
+
+bool IsRefusal(const vorn::cMsg& msg) {
+  return msg.GetType() == db_ctrl::eStoreMeterRecFailed || msg.GetType() == db_ctrl::eStoreEventFailed;
+}
+
+}  // namespace
 
 cDelivery::cDelivery(vorn::cScmService* service, const std::string& driver, std::function<void()> onProgress)
     : cDbCtrlIO(service, driver), m_onProgress(std::move(onProgress)) {}
@@ -14,7 +42,7 @@ cDelivery::cDelivery(vorn::cScmService* service, const std::string& driver, std:
 template <typename Operation>
 auto cDelivery::Track(const vorn::cMsg* added, Operation operation) {
   const bool willDrop = added != nullptr && m_queue.size() >= m_queueLimit;
-  if (willDrop) ++m_counts.dropped;
+  if (willDrop) CountDropped(m_queue.front());
   const std::size_t expected = m_queue.size() + (added != nullptr ? 1 : 0) - (willDrop ? 1 : 0);
   vorn::cMsg front;
   if (m_queue.size() > (willDrop ? 1u : 0u))
@@ -26,6 +54,8 @@ auto cDelivery::Track(const vorn::cMsg* added, Operation operation) {
   return result;
 }
 
+void cDelivery::CountDropped(const vorn::cMsg& msg) { m_counts.dropped += IsReading(msg); }
+
 void cDelivery::Deliver(const cMeterRecord& reading) {
   ++m_counts.readings;
   vorn::cMsg msg(db_ctrl::eStoreMeterRec);
@@ -35,6 +65,18 @@ void cDelivery::Deliver(const cMeterRecord& reading) {
   msg.Record().AppendRecordPar(db_ctrl::kMeterRecord, reading.ToRecord());
   Track(&msg, [&] { return StoreMeterRecQueued(msg); });
 }
+
+void cDelivery::Report(const vorn::cRecord& event) {
+  if (m_queue.size() >= m_queueLimit) {
+    vorn::Trace(DriverUnit(), kWarning, "queue full, event not reported: ", [&] { return event.ToString(); });
+    return;
+  }
+  vorn::cMsg msg(db_ctrl::eStoreEvent);
+  msg.Record() = event;
+  Track(&msg, [&] { return StoreEvent(event); });
+}
+
+// ---- the channel
 
 void cDelivery::OnConnect() {
   Track(nullptr, [this] {
@@ -47,32 +89,33 @@ void cDelivery::OnConnect() {
 void cDelivery::OnClose() {
   cDbCtrlIO::OnClose();
   if (!m_handedOver.empty()) {
-    m_counts.unconfirmed += m_handedOver.size();
-    vorn::Trace(DriverUnit(), 4, m_handedOver.size(),
+    const auto readings = std::count_if(m_handedOver.begin(), m_handedOver.end(), IsReading);
+    m_counts.unconfirmed += static_cast<std::uint64_t>(readings);
+    vorn::Trace(DriverUnit(), kWarning, readings,
                 " readings handed over and not acknowledged when the channel broke; they are handed over again");
     m_queue.insert(m_queue.begin(), m_handedOver.begin(), m_handedOver.end());
     m_handedOver.clear();
-    for (; m_queue.size() > m_queueLimit; ++m_counts.dropped) m_queue.pop_front();
+    for (; m_queue.size() > m_queueLimit; m_queue.pop_front()) CountDropped(m_queue.front());
   }
   m_onProgress();
 }
 
-void cDelivery::Report(const vorn::cRecord& event) {
-  vorn::cMsg msg(db_ctrl::eStoreEvent);
-  msg.Record() = event;
-  Track(&msg, [&] { return StoreEvent(event); });
-}
-
 bool cDelivery::DispatchMessage(const vorn::cMsg& msg) {
-  std::uint64_t events = 0;
-  const bool isRefusal = msg.GetType() == db_ctrl::eStoreMeterRecFailed || msg.GetType() == db_ctrl::eStoreEventFailed;
-  if (msg.GetType() == db_ctrl::eMeterRecStored) OnAnswer(m_counts.acknowledged);
-  if (msg.GetType() == db_ctrl::eStoreMeterRecFailed) OnAnswer(m_counts.refused);
-  if (msg.GetType() == db_ctrl::eEventStored || msg.GetType() == db_ctrl::eStoreEventFailed) OnAnswer(events);
+  if (AnsweredBy(msg) != 0) Settle(msg);
   const bool handled = Track(nullptr, [&] { return cDbCtrlIO::DispatchMessage(msg); });
-  if (isRefusal) SendNext();
+  if (IsRefusal(msg)) SendNext();
   m_onProgress();
   return handled;
+}
+
+// A reading is known by its identifier, which the answer returns. Events bear none and are answered in their order.
+void cDelivery::Settle(const vorn::cMsg& answer) {
+  const auto settled = std::find_if(m_handedOver.begin(), m_handedOver.end(), [&](const vorn::cMsg& sent) {
+    return sent.GetType() == AnsweredBy(answer) && sent.GetId() == answer.GetId();
+  });
+  if (settled == m_handedOver.end()) return;
+  if (IsReading(*settled)) ++(IsRefusal(answer) ? m_counts.refused : m_counts.acknowledged);
+  m_handedOver.erase(settled);
 }
 
 // A refusal sends nothing by itself, and the readings behind it must not wait for the meter's next one.
@@ -83,12 +126,6 @@ void cDelivery::SendNext() {
     if (Send(front) > 0) m_queue.pop_front();
     return true;
   });
-}
-
-void cDelivery::OnAnswer(std::uint64_t& count) {
-  if (m_handedOver.empty()) return;
-  m_handedOver.pop_front();
-  ++count;
 }
 
 }  // namespace tav

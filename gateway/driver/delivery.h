@@ -33,7 +33,8 @@ class cDelivery : public cDbCtrlIO {
   cDelivery(vorn::cScmService* service, const std::string& driver, std::function<void()> onProgress);
 
   void Deliver(const cMeterRecord& reading);
-  // Hands over an event of the driver; it shares the readings' queue.
+  // Hands over an event of the driver. It shares the readings' queue, but drives none out of a full one: then it is
+  // only traced.
   void Report(const vorn::cRecord& event);
   const cDeliveryCounts& GetCounts() const { return m_counts; }
   // Readings and events whose fate is open.
@@ -46,11 +47,12 @@ class cDelivery : public cDbCtrlIO {
  private:
   template <typename Operation>
   auto Track(const vorn::cMsg* added, Operation operation);
-  void OnAnswer(std::uint64_t& count);
+  void CountDropped(const vorn::cMsg& msg);
+  void Settle(const vorn::cMsg& answer);
   void SendNext();
 
   std::function<void()> m_onProgress;
-  std::deque<vorn::cMsg> m_handedOver;  // in the order in which they are answered
+  std::deque<vorn::cMsg> m_handedOver;  // and not answered yet, oldest first
   cDeliveryCounts m_counts;
 };
 

@@ -85,7 +85,7 @@ void CheckPayload(cBytes bytes) {
 void CheckExplanation(std::string_view bytes, const cResult& read) {
   const cSmlExplanation explained = ExplainSml(bytes);
   const nlohmann::json document = nlohmann::json::parse(explained.json);
-  const bool framed = bytes.find(std::string_view("\x1B\x1B\x1B\x1B\x01\x01\x01\x01", 8)) != std::string_view::npos;
+  const bool framed = bytes.find(kStartSequence) != std::string_view::npos;
   Check(!framed ||
         (explained.counts.good == read.frames.good && explained.counts.bad == read.frames.bad &&
          explained.counts.skippedBytes == read.frames.skippedBytes && explained.faults == read.messages.faults));

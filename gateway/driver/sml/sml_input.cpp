@@ -3,11 +3,12 @@
 
 #include <utility>
 
+#include <gateway/driver/sml/sml_transport.h>
+
 namespace tav::sml {
 
 namespace {
 
-constexpr std::string_view kStart("\x1B\x1B\x1B\x1B\x01\x01\x01\x01", 8);
 constexpr char kMessage = 0x76;  // a list of six
 
 int Digit(char c) {
@@ -43,7 +44,7 @@ cSmlInput::cSmlInput(std::string_view capture) {
 }
 
 bool cSmlInput::IsPayload() const {
-  return !m_bytes.empty() && m_bytes.front() == kMessage && m_bytes.find(kStart) == std::string::npos;
+  return !m_bytes.empty() && m_bytes.front() == kMessage && m_bytes.find(kStartSequence) == std::string::npos;
 }
 
 }  // namespace tav::sml

@@ -13,8 +13,7 @@ namespace tav::sml {
 
 namespace {
 
-constexpr std::size_t kStartSize = 8;
-constexpr std::size_t kEndSize = 8;
+constexpr std::size_t kStartSize = kStartSequence.size();
 constexpr std::size_t kShownBytes = 10;
 constexpr unsigned int kMaxDepth = 16;
 

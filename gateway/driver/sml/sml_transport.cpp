@@ -11,11 +11,9 @@ namespace {
 
 constexpr std::uint8_t kEscape = 0x1B;
 constexpr std::uint8_t kEnd = 0x1A;
-constexpr std::size_t kEscapeSize = 4;  // of an escape sequence, and of what follows it
-constexpr std::size_t kStartSize = 8;
-constexpr std::size_t kEndSize = 8;
+constexpr std::size_t kEscapeSize = kEscapeSequence.size();  // of what follows it as well
+constexpr std::size_t kStartSize = kStartSequence.size();
 constexpr std::uint8_t kMaxPadding = 3;
-constexpr char kStart[] = "\x1B\x1B\x1B\x1B\x01\x01\x01\x01";
 
 }  // namespace
 
@@ -75,7 +73,7 @@ bool cSmlTransport::Hunt() {
 // The first whole start sequence between the two, `to` when there is none.
 std::size_t cSmlTransport::FindStart(std::size_t from, std::size_t to) const {
   const std::string_view bytes(reinterpret_cast<const char*>(m_buffer.data()) + from, to - from);
-  const std::size_t found = bytes.find(std::string_view(kStart, kStartSize));
+  const std::size_t found = bytes.find(kStartSequence);
   return found != std::string_view::npos ? from + found : to;
 }
 
@@ -112,7 +110,7 @@ bool cSmlTransport::ScanFrame() {
         EndFrame(control + kEscapeSize);
         return true;
       }
-      if (std::memcmp(m_buffer.data() + control, kStart + kEscapeSize, there) == 0) {
+      if (std::memcmp(m_buffer.data() + control, kStartSequence.data() + kEscapeSize, there) == 0) {
         if (there < kEscapeSize) return needMore();
         const std::size_t start = control - kEscapeSize;
         GiveUp(start, "a new start sequence within the frame");

@@ -11,11 +11,19 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <string_view>
+#include <utility>
 
 #include <gateway/driver/sml/crc16.h>
 #include <gateway/driver/sml/sml_types.h>
 
 namespace tav::sml {
+
+// What opens a frame of version 1, and the half of it that opens every control sequence.
+inline constexpr std::string_view kEscapeSequence("\x1B\x1B\x1B\x1B", 4);
+inline constexpr std::string_view kStartSequence("\x1B\x1B\x1B\x1B\x01\x01\x01\x01", 8);
+// The end: escape sequence, 1A, padding count and the two bytes of the checksum.
+inline constexpr std::size_t kEndSize = 8;
 
 // A frame with more bytes than this, from the first of its start to the last of its checksum, is abandoned. Household
 // meters send 200 to 700.

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <gateway/driver/sml/sml_writer.h>
 
+#include <gateway/driver/sml/sml_transport.h>
+
 namespace tav::sml {
 
 namespace {
-
-constexpr std::string_view kEscape("\x1B\x1B\x1B\x1B", 4);
 
 // The two bytes of a checksum as they go on the wire.
 std::string WriteCrc(std::string_view bytes, eCrcKind kind) {
@@ -76,20 +76,19 @@ void cSmlWriter::Number(std::uint8_t type, std::uint64_t value, unsigned int wid
 }
 
 std::string WriteSmlFrame(std::string_view payload, eCrcKind crc) {
-  std::string frame(kEscape);
-  frame += std::string_view("\x01\x01\x01\x01", 4);
+  std::string frame(kStartSequence);
   for (std::size_t at = 0; at < payload.size();) {
-    if (payload.substr(at, kEscape.size()) == kEscape) {
-      frame += kEscape;
-      frame += kEscape;
-      at += kEscape.size();
+    if (payload.substr(at, kEscapeSequence.size()) == kEscapeSequence) {
+      frame += kEscapeSequence;
+      frame += kEscapeSequence;
+      at += kEscapeSequence.size();
     } else {
       frame += payload[at++];
     }
   }
   const std::size_t padding = (4 - payload.size() % 4) % 4;
   frame.append(padding, '\0');
-  frame += kEscape;
+  frame += kEscapeSequence;
   frame += '\x1A';
   frame += static_cast<char>(padding);
   return frame += WriteCrc(frame, crc);

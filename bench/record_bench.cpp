@@ -1,99 +1,83 @@
 // SPDX-License-Identifier: Apache-2.0
-// A reading with six entries as a record: written, validated, every field read; and the same through cMeterRecord.
+// A reading with six entries as a record: written, validated, every field read. The limit is the same reading packed.
 #include <benchmark/benchmark.h>
 
-#include <tav/record/meter_record.h>
-#include <tests/support/allocations.h>
+#include <bench/support/figures.h>
+#include <bench/support/sample_reading.h>
+
+using namespace tav::bench;
+using vorn::cRecord;
 
 namespace {
 
-using vorn::cRecord;
-using vorn::cRecordPar;
-
-constexpr int kEntries = 6;
-
-void WriteReading(cRecord& record, unsigned int time) {
-  record.AppendUIntPar("version", 1);
-  record.AppendTextPar("driver", "ehzif");
-  record.AppendTextPar("meterID", "1EMH0012345678");
-  record.AppendTextPar("medium", "E");
-  record.AppendUIntPar("timestamp", time);
-  for (int i = 0; i < kEntries; ++i) {
-    cRecord entry;
-    entry.AppendTextPar("name", "1-0:1.8.0");
-    entry.AppendTextPar("value", "123456.789");
-    entry.AppendTextPar("unit", "kWh");
-    entry.AppendUIntPar("timestamp", time);
-    record.AppendRecordPar("entry", entry);
+// A reading in all its forms, written once.
+struct cForms {
+  cForms() {
+    WriteRecord(reading, record);
+    packedSize = WritePacked(reading, packed);
   }
-}
-
-std::size_t ReadReading(const cRecord& record) {
-  std::size_t seen = record.GetUIntPar("version") + record.GetUIntPar("timestamp");
-  for (const char* name : {"driver", "meterID", "medium"}) seen += record.GetPar(name).GetBytesView().size();
-  for (cRecordPar par = record.GetPar("entry"); par.IsValid(); par = par.NextSame()) {
-    cRecord entry;
-    par.GetRecord(entry);
-    for (const char* name : {"name", "value", "unit"}) seen += entry.GetPar(name).GetBytesView().size();
-    seen += entry.GetUIntPar("timestamp");
+  bool Agree() const {
+    std::uint64_t number = 0;
+    const std::uint64_t sum = SumOf(reading);
+    return ReadRecord(record, number) == sum && number == reading.number && ReadPacked(packed, packedSize) == sum;
   }
-  return seen;
-}
 
-// Calls of the allocator for one turn, after the first ones.
-template <typename Turn>
-void Measure(benchmark::State& state, Turn turn) {
-  for (unsigned int i = 0; i < 100; ++i) turn(i);
-  const cAllocations allocations;
-  unsigned int time = 0;
-  for (auto _ : state) turn(++time);
-  state.counters["allocations"] =
-      benchmark::Counter(static_cast<double>(allocations.Get()), benchmark::Counter::kAvgIterations);
-}
-
-void RecordWrite(benchmark::State& state) {
-  Measure(state, [](unsigned int time) {
-    cRecord record;
-    WriteReading(record, time);
-    benchmark::DoNotOptimize(record);
-  });
-}
-BENCHMARK(RecordWrite);
-
-void RecordValidate(benchmark::State& state) {
+  cReading reading = SampleReading();
   cRecord record;
-  WriteReading(record, 1393675200);
-  const std::string_view bytes = record.GetBytes();
-  Measure(state, [&](unsigned int) {
+  unsigned char packed[kMaxPacked];
+  std::size_t packedSize;
+};
+
+template <typename Ours, typename Limit>
+void Measure(benchmark::State& state, cForms& forms, const Ours& ours, const Limit& limit) {
+  if (!forms.Agree()) return state.SkipWithError("the fields read are not the fields written");
+  CountAllocations(state, ours);
+  CompareTimes(state, ours, limit);
+}
+
+void Write(benchmark::State& state) {
+  cForms forms;
+  const auto ours = [&] {
+    cRecord record;
+    WriteRecord(forms.reading, record);
+    benchmark::DoNotOptimize(record);
+  };
+  const auto limit = [&] { benchmark::DoNotOptimize(WritePacked(forms.reading, forms.packed)); };
+  Measure(state, forms, ours, limit);
+}
+BENCHMARK(Write)->Name("record/write")->Iterations(1);
+
+void ValidateRead(benchmark::State& state) {
+  cForms forms;
+  const std::string_view bytes = forms.record.GetBytes();
+  const auto ours = [&] {
     cRecord received;
+    std::uint64_t number = 0;
     cRecord::FromBytes(bytes.data(), bytes.size(), received);
-    benchmark::DoNotOptimize(received);
-  });
-  state.counters["bytes"] = static_cast<double>(bytes.size());
+    benchmark::DoNotOptimize(ReadRecord(received, number));
+  };
+  const auto limit = [&] { benchmark::DoNotOptimize(ReadPacked(forms.packed, forms.packedSize)); };
+  Measure(state, forms, ours, limit);
 }
-BENCHMARK(RecordValidate);
+BENCHMARK(ValidateRead)->Name("record/validate_read")->Iterations(1);
 
-void RecordWriteValidateRead(benchmark::State& state) {
-  Measure(state, [](unsigned int time) {
+void WriteValidateRead(benchmark::State& state) {
+  cForms forms;
+  const auto ours = [&] {
     cRecord record, received;
-    WriteReading(record, time);
+    std::uint64_t number = 0;
+    WriteRecord(forms.reading, record);
     cRecord::FromBytes(record.GetBytes().data(), record.GetBytes().size(), received);
-    benchmark::DoNotOptimize(ReadReading(received));
-  });
+    benchmark::DoNotOptimize(ReadRecord(received, number));
+  };
+  const auto limit = [&] {
+    const std::size_t size = WritePacked(forms.reading, forms.packed);
+    benchmark::DoNotOptimize(ReadPacked(forms.packed, size));
+  };
+  Measure(state, forms, ours, limit);
+  Report(state, "size", static_cast<double>(forms.record.GetBytes().size()), "B");
+  Report(state, "size_limit", static_cast<double>(forms.packedSize), "B");
 }
-BENCHMARK(RecordWriteValidateRead);
-
-void MeterRecordToRecordAndBack(benchmark::State& state) {
-  tav::cMeterRecord reading("ehzif", "EMH", "E", "1EMH0012345678", "1", "", 1393675200, tav::cMeterTav::eTsMeter, 1);
-  for (int i = 0; i < kEntries; ++i)
-    reading.AddMeasurementEntry(tav::cMeasurementEntry("1-0:1.8." + std::to_string(i), "123456.789", "kWh", 1393675200,
-                                                       tav::cMeterTav::eTsMeter));
-  Measure(state, [&](unsigned int) {
-    tav::cMeterRecord back;
-    const cRecord record = reading.ToRecord();
-    if (!back.FromRecord(record)) state.SkipWithError("the record was not read");
-  });
-}
-BENCHMARK(MeterRecordToRecordAndBack);
+BENCHMARK(WriteValidateRead)->Name("record/write_validate_read")->Iterations(1);
 
 }  // namespace

@@ -1,0 +1,93 @@
+// SPDX-License-Identifier: Apache-2.0
+// What a benchmark reports, and how a figure is held against its limit.
+//
+// A slow minute of the machine slows everything that is measured in it. So a thing and its limit are measured in turns,
+// in many short rounds; reported are the medians, and the median of the rounds' ratios.
+#pragma once
+
+#include <benchmark/benchmark.h>
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include <tests/support/allocations.h>
+
+namespace tav::bench {
+
+// Seconds since some moment, of a clock that never jumps.
+double Now();
+
+// 0 for no values at all.
+double Percentile(std::vector<double> values, double part);
+inline double Median(std::vector<double> values) { return Percentile(std::move(values), 0.5); }
+
+// A figure of a benchmark: one line of output "<benchmark>/<name>", of the bare benchmark when the name is empty.
+void Report(benchmark::State& state, const std::string& name, double value, const std::string& unit);
+
+// One value a round.
+struct cRounds {
+  std::vector<double> ours;
+  std::vector<double> limit;
+
+  void Add(double our, double limiting) {
+    ours.push_back(our);
+    limit.push_back(limiting);
+  }
+  // "<name>", "<name>_limit" and the ratio of both, which is 1 at the limit.
+  // Of costs (less is better): how many times the limit.
+  void ReportCosts(benchmark::State& state, const std::string& name, const std::string& unit) const;
+  // Of rates (more is better): how many times faster the limit is.
+  void ReportRates(benchmark::State& state, const std::string& name, const std::string& unit) const;
+  // The same, but the ratio is the part of the limit that is reached.
+  void ReportParts(benchmark::State& state, const std::string& name, const std::string& unit) const;
+
+ private:
+  void ReportAll(benchmark::State& state, const std::string& name, const std::string& unit, const std::string& ratio,
+                 const std::vector<double>& above, const std::vector<double>& below) const;
+};
+
+// ---- work of nanoseconds to microseconds
+
+constexpr int kTimedRounds = 101;
+constexpr double kTimedRound = 0.001;  // seconds
+
+template <typename Work>
+double SecondsOf(const Work& work, std::uint64_t times) {
+  const double start = Now();
+  for (std::uint64_t i = 0; i < times; ++i) work();
+  return Now() - start;
+}
+
+// How often a round calls the work.
+template <typename Work>
+std::uint64_t TimesOf(const Work& work) {
+  std::uint64_t times = 1;
+  while (SecondsOf(work, times) < kTimedRound) times *= 2;
+  return times;
+}
+
+// Times both and reports nanoseconds a call.
+template <typename Ours, typename Limit>
+void CompareTimes(benchmark::State& state, const Ours& ours, const Limit& limit) {
+  const std::uint64_t ourTimes = TimesOf(ours);
+  const std::uint64_t limitTimes = TimesOf(limit);
+  cRounds rounds;
+  for (auto _ : state)
+    for (int i = 0; i < kTimedRounds; ++i)
+      rounds.Add(SecondsOf(ours, ourTimes) * 1e9 / static_cast<double>(ourTimes),
+                 SecondsOf(limit, limitTimes) * 1e9 / static_cast<double>(limitTimes));
+  rounds.ReportCosts(state, "", "ns");
+}
+
+// Reports how often a call asks the allocator for memory, once it has been called for a while.
+template <typename Work>
+void CountAllocations(benchmark::State& state, const Work& work) {
+  constexpr std::uint64_t kTimes = 1000;
+  SecondsOf(work, kTimes);
+  const cAllocations allocations;
+  SecondsOf(work, kTimes);
+  Report(state, "allocations", static_cast<double>(allocations.Get()) / kTimes, "calls");
+}
+
+}  // namespace tav::bench

@@ -34,10 +34,9 @@ constexpr cBodyName kBodies[] = {
     {0x0000FF01, "Attention.Res"},
 };
 
-// The readers below take their cursor by value and give it back, so that it stays in registers meanwhile.
+// The readers of what every message has are inline, so that the cursor stays in registers meanwhile.
 
-bool ReadHead(cSmlCursor& at, cSmlMessage& message) {
-  cSmlCursor cursor = at;
+[[gnu::always_inline]] inline bool ReadHead(cSmlCursor& cursor, cSmlMessage& message) {
   std::uint64_t group = 0, abortOnError = 0, tag = 0;
   message.offset = cursor.Offset();
   if (!cursor.ListOf("message", 6, "a message (list of 6)") || !cursor.Octets("transactionId", message.transactionId) ||
@@ -48,11 +47,10 @@ bool ReadHead(cSmlCursor& at, cSmlMessage& message) {
   message.group = static_cast<std::uint8_t>(group);
   message.abortOnError = static_cast<std::uint8_t>(abortOnError);
   message.tag = static_cast<std::uint32_t>(tag);
-  at = cursor;
   return true;
 }
 
-bool ReadTail(cSmlCursor& cursor, cSmlMessage& message) {
+[[gnu::always_inline]] inline bool ReadTail(cSmlCursor& cursor, cSmlMessage& message) {
   const cBytes checked = cursor.Since(message.offset);
   std::uint64_t crc = 0;
   message.crcOffset = cursor.Offset();

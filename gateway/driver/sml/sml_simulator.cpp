@@ -45,6 +45,38 @@ std::int64_t Sun(std::uint32_t second) {
   return since <= 0 || since >= kSpan ? 0 : kPeak * 4 * since / kSpan * (kSpan - since) / kSpan;
 }
 
+void WriteOctets(cSmlWriter& to, std::uint64_t obis, std::string_view bytes) {
+  to.List(7);
+  to.Obis(obis);
+  for (int i = 0; i < 4; ++i) to.Absent();
+  to.Octets(bytes);
+  to.Absent();
+}
+
+void WriteEnergy(cSmlWriter& to, std::uint64_t obis, std::uint32_t status, std::uint32_t time,
+                 std::uint64_t milliwattSeconds) {
+  to.List(7);
+  to.Obis(obis);
+  to.Unsigned(status, 4);
+  to.SecIndex(time);
+  to.Unsigned(kDlmsWattHour, 1);
+  to.Signed(-1, 1);
+  to.Unsigned(milliwattSeconds / kTenthWattHour, 8);
+  to.Absent();
+}
+
+void WriteNumber(cSmlWriter& to, std::uint64_t obis, std::uint8_t unit, int scaler, std::int64_t value,
+                 unsigned int width) {
+  to.List(7);
+  to.Obis(obis);
+  to.Absent();
+  to.Absent();
+  to.Unsigned(unit, 1);
+  to.Signed(scaler, 1);
+  to.Signed(value, width);
+  to.Absent();
+}
+
 }  // namespace
 
 cSmlSimulator::cSmlSimulator(const cSmlSimulatorOptions& options)
@@ -155,57 +187,32 @@ void cSmlSimulator::WriteList(cSmlWriter& to, unsigned int meter) const {
   const cSmlLoad load = LoadAt(meter, state.time);
   const std::uint32_t slot = state.time / kStep;
   const std::uint32_t uptime = state.time - m_options.begin;
-  const auto octets = [&to](std::uint64_t obis, std::string_view bytes) {
-    to.List(7);
-    to.Obis(obis);
-    for (int i = 0; i < 4; ++i) to.Absent();
-    to.Octets(bytes);
-    to.Absent();
-  };
-  const auto energy = [&](std::uint64_t obis, std::uint64_t milliwattSeconds) {
-    to.List(7);
-    to.Obis(obis);
-    to.Unsigned(m_options.status, 4);
-    to.SecIndex(uptime);
-    to.Unsigned(kDlmsWattHour, 1);
-    to.Signed(-1, 1);
-    to.Unsigned(milliwattSeconds / kTenthWattHour, 8);
-    to.Absent();
-  };
-  const auto number = [&to](std::uint64_t obis, std::uint8_t unit, int scaler, std::int64_t value, unsigned int width) {
-    to.List(7);
-    to.Obis(obis);
-    to.Absent();
-    to.Absent();
-    to.Unsigned(unit, 1);
-    to.Signed(scaler, 1);
-    to.Signed(value, width);
-    to.Absent();
-  };
   to.List(7);
   to.Absent();
   to.Octets(state.serverId);
   to.Octets(std::string_view("\x01\x00\x62\x0A\xFF\xFF", 6));
   to.SecIndex(uptime);
   to.List(kEntries + (m_options.publicKey ? 1 : 0));
-  octets(kObisManufacturer, "TAV");
-  octets(kObisServerId, state.serverId);
-  energy(PackObis(1, 0, 1, 8, 0), state.imported);
-  energy(PackObis(1, 0, 2, 8, 0), state.exported);
-  number(PackObis(1, 0, 16, 7, 0), kDlmsWatt, -1, load.Total() / kTenthWatt, 4);
+  WriteOctets(to, kObisManufacturer, "TAV");
+  WriteOctets(to, kObisServerId, state.serverId);
+  WriteEnergy(to, PackObis(1, 0, 1, 8, 0), m_options.status, uptime, state.imported);
+  WriteEnergy(to, PackObis(1, 0, 2, 8, 0), m_options.status, uptime, state.exported);
+  WriteNumber(to, PackObis(1, 0, 16, 7, 0), kDlmsWatt, -1, load.Total() / kTenthWatt, 4);
   for (unsigned int phase = 0; phase < 3; ++phase)
-    number(PackObis(1, 0, 36 + 20 * phase, 7, 0), kDlmsWatt, -1, load.phases[phase] / kTenthWatt, 4);
+    WriteNumber(to, PackObis(1, 0, 36 + 20 * phase, 7, 0), kDlmsWatt, -1, load.phases[phase] / kTenthWatt, 4);
   for (unsigned int phase = 0; phase < 3; ++phase)
-    number(PackObis(1, 0, 32 + 20 * phase, 7, 0), kDlmsVolt, -1, 2275 + Random(meter, eVoltage + 16 * phase, slot) % 51,
-           2);
-  number(PackObis(1, 0, 14, 7, 0), kDlmsHertz, -2, 4997 + Random(meter, eGrid, slot) % 7, 2);
-  if (m_options.publicKey) {
-    std::string key;
-    for (std::uint32_t i = 0; i < 48; ++i) key += static_cast<char>(Random(meter, eKey, i) & 0xFF);
-    octets(kObisPublicKey, key);
-  }
+    WriteNumber(to, PackObis(1, 0, 32 + 20 * phase, 7, 0), kDlmsVolt, -1,
+                2275 + Random(meter, eVoltage + 16 * phase, slot) % 51, 2);
+  WriteNumber(to, PackObis(1, 0, 14, 7, 0), kDlmsHertz, -2, 4997 + Random(meter, eGrid, slot) % 7, 2);
+  if (m_options.publicKey) WriteOctets(to, kObisPublicKey, PublicKey(meter));
   to.Absent();
   to.Absent();
+}
+
+std::string cSmlSimulator::PublicKey(unsigned int meter) const {
+  std::string key;
+  for (std::uint32_t i = 0; i < 48; ++i) key += static_cast<char>(Random(meter, eKey, i) & 0xFF);
+  return key;
 }
 
 }  // namespace tav::sml

@@ -61,6 +61,7 @@ class cSmlSimulator {
   void AddEnergy(unsigned int meter, std::uint32_t from, std::uint32_t to, std::uint64_t& imported,
                  std::uint64_t& exported) const;
   void WriteList(cSmlWriter& to, unsigned int meter) const;
+  std::string PublicKey(unsigned int meter) const;
   std::uint32_t Random(unsigned int meter, std::uint32_t what, std::uint32_t slot) const;
 
   cSmlSimulatorOptions m_options;

@@ -13,8 +13,10 @@ namespace tav {
 // What an input tells its driver, from the loop.
 struct cInputEvents {
   std::function<void(const unsigned char* bytes, std::size_t size)> onBytes;
-  // The input broke and will be opened again by itself; why. Bytes that follow are a new stream.
+  // The input cannot be opened, or broke, and will be opened again by itself; why. Told once, until bytes come again;
+  // those are a new stream.
   std::function<void(const std::string& reason)> onLost;
+  // It is open: a connection is made, a device set up.
   std::function<void()> onOpen;
   // There will be nothing more; why is empty when the input simply ended.
   std::function<void(const std::string& why)> onEnd;

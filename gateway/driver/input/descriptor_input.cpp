@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <gateway/driver/input/descriptor_input.h>
 
+#include <fcntl.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -31,7 +32,7 @@ cDescriptorInput::~cDescriptorInput() { Close(); }
 
 void cDescriptorInput::Open() {
   std::string error;
-  m_descriptor = OpenInput(m_spec, error);
+  m_descriptor = OpenInput(m_spec, m_attempt, error);
   if (m_descriptor < 0) {
     Lose(error);
   } else if (m_spec.kind == eInputKind::Tcp) {
@@ -45,19 +46,20 @@ void cDescriptorInput::OnConnected() {
   int code = 0;
   socklen_t size = sizeof code;
   if (getsockopt(m_descriptor, SOL_SOCKET, SO_ERROR, &code, &size) != 0) code = errno;
-  if (code != 0)
-    Lose("cannot connect to " + m_spec.ToString() + ": " + std::strerror(code));
-  else
+  if (code == 0) {
     Listen();
+    return;
+  }
+  ++m_attempt;
+  Lose("cannot connect to " + m_spec.ToString() + ": " + std::strerror(code));
 }
 
 void cDescriptorInput::Listen() {
   m_open = true;
-  m_backOff = kFirstBackOffMs;
-  m_lossReported = false;
   m_watch.reset();
+  m_flags = fcntl(m_descriptor, F_GETFL);
   if (m_events.onOpen) m_events.onOpen();
-  if (!m_paused && m_descriptor >= 0) Resume();
+  if (!m_paused) Resume();
 }
 
 void cDescriptorInput::Pause() {
@@ -75,6 +77,8 @@ void cDescriptorInput::OnReadable() {
   std::array<unsigned char, kBlock> block;
   const ssize_t size = read(m_descriptor, block.data(), block.size());
   if (size > 0) {
+    m_backOff = kFirstBackOffMs;
+    m_lossReported = false;
     m_events.onBytes(block.data(), static_cast<std::size_t>(size));
   } else if (size == 0) {
     Lose(m_spec.IsLive() ? m_spec.ToString() + " ended" : std::string());
@@ -91,13 +95,15 @@ void cDescriptorInput::Lose(const std::string& reason) {
   }
   m_reopen.Start(m_backOff, m_reopenType, m_backOff / 4);
   m_backOff = std::min(m_backOff * 2, kLongestBackOffMs);
-  // One report a loss: the attempts that follow are expected to fail for a while.
+  // One report a loss: until bytes come again, the attempts that follow are expected to fail.
   if (!std::exchange(m_lossReported, true)) m_events.onLost(reason);
 }
 
 void cDescriptorInput::Close() {
-  m_open = false;
   m_watch.reset();
+  // Watching may have changed what standard input has in common with other processes, such as the shell.
+  if (m_open && m_spec.kind == eInputKind::StandardInput) fcntl(m_descriptor, F_SETFL, m_flags);
+  m_open = false;
   if (m_descriptor >= 0) close(m_descriptor);
   m_descriptor = -1;
 }

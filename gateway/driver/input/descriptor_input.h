@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // cDescriptorInput: an input behind a file descriptor, read in blocks on the loop. A live one (device, connection) that
-// breaks is opened again, after 100 ms first and up to 10 s later.
+// breaks is opened again, after 100 ms first and up to 10 s later; only bytes make it a working one, so that a peer
+// that hangs up at once is not asked ten times a second.
 #pragma once
 
 #include <memory>
@@ -46,10 +47,12 @@ class cDescriptorInput : public cByteInput {
   unsigned int m_reopenType;
   vorn::cTimer m_reopen;
   unsigned int m_backOff = kFirstBackOffMs;
+  unsigned int m_attempt = 0;  // connections that failed
   int m_descriptor = -1;
+  int m_flags = 0;      // of the descriptor when it was opened
   bool m_open = false;  // connected, not only on the way
   bool m_paused = false;
-  bool m_lossReported = false;
+  bool m_lossReported = false;  // and no byte came since
   std::optional<vorn::cWatch> m_watch;
 };
 

@@ -3,6 +3,8 @@
 
 #include <fcntl.h>
 #include <netdb.h>
+#include <netinet/in.h>
+#include <netinet/tcp.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <termios.h>
@@ -11,12 +13,14 @@
 #include <cerrno>
 #include <cstring>
 #include <memory>
+#include <vector>
 
 namespace tav {
 
 namespace {
 
 const std::string kTcpScheme = "tcp://";
+constexpr int kKeepAliveSeconds = 60;  // without a byte, then the peer is asked whether it is there
 
 struct cSpeed {
   unsigned int baud;
@@ -90,9 +94,21 @@ int OpenSerial(const cInputSpec& spec, std::string& error) {
   return -1;
 }
 
+// We only listen, and would not see that a peer without power is gone.
+void KeepAlive(int connection) {
+  const auto set = [connection](int level, int option, int value) {
+    setsockopt(connection, level, option, &value, sizeof value);
+  };
+  set(SOL_SOCKET, SO_KEEPALIVE, 1);
+  set(IPPROTO_TCP, TCP_KEEPIDLE, kKeepAliveSeconds);
+  set(IPPROTO_TCP, TCP_KEEPINTVL, kKeepAliveSeconds / 3);
+  set(IPPROTO_TCP, TCP_KEEPCNT, 3);
+}
+
 int ConnectTo(const addrinfo& address) {
   const int connection = socket(address.ai_family, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, address.ai_protocol);
   if (connection < 0) return -1;
+  KeepAlive(connection);
   if (connect(connection, address.ai_addr, address.ai_addrlen) == 0 || errno == EINPROGRESS) return connection;
   const int code = errno;
   close(connection);
@@ -100,7 +116,7 @@ int ConnectTo(const addrinfo& address) {
   return -1;
 }
 
-int OpenTcp(const cInputSpec& spec, std::string& error) {
+int OpenTcp(const cInputSpec& spec, unsigned int attempt, std::string& error) {
   addrinfo hints{};
   hints.ai_socktype = SOCK_STREAM;
   addrinfo* found = nullptr;
@@ -110,8 +126,10 @@ int OpenTcp(const cInputSpec& spec, std::string& error) {
     return -1;
   }
   const std::unique_ptr<addrinfo, void (*)(addrinfo*)> owner(found, freeaddrinfo);
-  for (const addrinfo* address = found; address != nullptr; address = address->ai_next) {
-    const int connection = ConnectTo(*address);
+  std::vector<const addrinfo*> addresses;
+  for (const addrinfo* address = found; address != nullptr; address = address->ai_next) addresses.push_back(address);
+  for (std::size_t i = 0; i < addresses.size(); ++i) {
+    const int connection = ConnectTo(*addresses[(attempt + i) % addresses.size()]);
     if (connection >= 0) return connection;
   }
   error = Reason("cannot connect to " + spec.ToString());
@@ -119,7 +137,6 @@ int OpenTcp(const cInputSpec& spec, std::string& error) {
 }
 
 int OpenStandardInput(std::string& error) {
-  // Its own flags: the terminal it may be is shared with the shell.
   const int input = fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, 0);
   if (input < 0) error = Reason("cannot read standard input");
   return input;
@@ -159,7 +176,7 @@ std::string cInputSpec::ToString() const {
     case eInputKind::StandardInput:
       return "standard input";
     case eInputKind::Tcp:
-      return kTcpScheme + host + ":" + port;
+      return kTcpScheme + (host.find(':') == std::string::npos ? host : "[" + host + "]") + ":" + port;
     case eInputKind::Serial:
       return path + " (" + std::to_string(baud) + " " + framing + ")";
     default:
@@ -182,14 +199,14 @@ bool CheckSerialSettings(const cInputSpec& spec, std::string& error) {
   return false;
 }
 
-int OpenInput(const cInputSpec& spec, std::string& error) {
+int OpenInput(const cInputSpec& spec, unsigned int attempt, std::string& error) {
   switch (spec.kind) {
     case eInputKind::StandardInput:
       return OpenStandardInput(error);
     case eInputKind::Serial:
       return OpenSerial(spec, error);
     case eInputKind::Tcp:
-      return OpenTcp(spec, error);
+      return OpenTcp(spec, attempt, error);
     default:
       return OpenFile(spec, error);
   }

@@ -29,8 +29,9 @@ struct cInputSpec {
 // Whether the serial settings can be used; the reason in error.
 bool CheckSerialSettings(const cInputSpec& spec, std::string& error);
 
-// A descriptor that does not block, for the caller to own; -1 and the reason in error. A connection may still be under
-// way: it is up when the descriptor can be written.
-int OpenInput(const cInputSpec& spec, std::string& error);
+// A descriptor for the caller to own, to be read when it is ready; -1 and the reason in error. A connection may still
+// be under way: it is up when the descriptor can be written, and if it fails then, the next attempt takes the host's
+// next address. A host's name is looked up on the spot.
+int OpenInput(const cInputSpec& spec, unsigned int attempt, std::string& error);
 
 }  // namespace tav

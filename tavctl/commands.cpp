@@ -1,0 +1,33 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <tavctl/command.h>
+#include <tavctl/completion_command.h>
+#include <tavctl/events_command.h>
+#include <tavctl/explain_command.h>
+#include <tavctl/last_command.h>
+#include <tavctl/meters_command.h>
+#include <tavctl/monitor_command.h>
+#include <tavctl/services_command.h>
+#include <tavctl/stats_command.h>
+#include <tavctl/store_command.h>
+#include <tavctl/values_command.h>
+#include <tavctl/watch_command.h>
+
+namespace tav::ctl {
+
+namespace {
+
+template <typename... Commands>
+std::vector<std::unique_ptr<cCommand>> Make() {
+  std::vector<std::unique_ptr<cCommand>> all;
+  (all.push_back(std::make_unique<Commands>()), ...);
+  return all;
+}
+
+}  // namespace
+
+std::vector<std::unique_ptr<cCommand>> MakeCommands() {
+  return Make<cServicesCommand, cMetersCommand, cLastCommand, cValuesCommand, cEventsCommand, cStoreCommand,
+              cStatsCommand, cWatchCommand, cMonitorCommand, cExplainCommand, cCompletionCommand>();
+}
+
+}  // namespace tav::ctl

@@ -1,0 +1,40 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <tavctl/monitor_command.h>
+
+#include <tavctl/failure.h>
+#include <tavctl/interrupt.h>
+#include <tavctl/monitor_view.h>
+#include <tavctl/options.h>
+#include <tavctl/service_link.h>
+#include <tavctl/utf8.h>
+
+namespace tav::ctl {
+
+namespace {
+
+constexpr unsigned int kTurnMs = 60'000;
+
+}  // namespace
+
+void cMonitorCommand::AddOptions(CLI::App& app) {
+  AddArgument(app, "SERVICE", m_service, "Name of the service; see tavctl services", eNeed::Required);
+  AddText(app, "--filter", m_filter, "Only messages with this text in their name or in a parameter's name");
+  AddNumber(app, "--count", m_count, "End after so many messages, 0: never (default 0)");
+  AddFlag(app, "--secrets", m_secrets, "Show the values of parameters named key or password");
+}
+
+eExit cMonitorCommand::Run(cContext& context) {
+  cInterrupt interrupt(context);
+  cMonitorView view(context, m_service, cMessageFilter(m_filter),
+                    m_secrets ? cRecordText::eSecrets::Show : cRecordText::eSecrets::Mask);
+  AwaitConnection(context, view);
+  const auto isDone = [&] { return !view.GetRefusal().empty() || (m_count != 0 && view.CountShown() >= m_count); };
+  while (!isDone() && !context.interrupted) context.Await(isDone, kTurnMs);
+  if (!view.GetRefusal().empty())
+    throw cFailure(eExitRefused,
+                   "service '" + m_service + "' does not show its messages: " + ForTerminal(view.GetRefusal()));
+  view.End();
+  return eExitDone;
+}
+
+}  // namespace tav::ctl

@@ -1,0 +1,82 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <tavctl/monitor_view.h>
+
+#include <nlohmann/json.hpp>
+
+#include <tav/framework/helper.h>
+#include <tav/framework/time.h>
+#include <tavctl/time_text.h>
+#include <tavctl/utf8.h>
+
+namespace tav::ctl {
+
+namespace {
+
+using cJson = nlohmann::ordered_json;
+
+std::string Now() { return FormatTime(vorn::cTime::Now().GetSeconds()); }
+
+}  // namespace
+
+cMonitorView::cMonitorView(cContext& context, const std::string& service, const cMessageFilter& filter,
+                           cRecordText::eSecrets secrets)
+    : cScmMonitor(&context.service, service),
+      m_context(context),
+      m_names(service),
+      m_filter(filter),
+      m_text(secrets),
+      m_json(context.streams.out, {}) {}
+
+void cMonitorView::End() {
+  if (m_context.json) m_json.End();
+}
+
+void cMonitorView::OnWatching() {
+  m_watching = true;
+  m_context.Note("watching service '" + GetName() + "'");
+}
+
+void cMonitorView::OnRefused(const std::string& reason) { m_refusal = reason; }
+
+void cMonitorView::OnClose() {
+  m_watching = false;
+  m_context.Note("service '" + GetName() + "' has ended; waiting for it");
+}
+
+void cMonitorView::OnMirrored(const vorn::cScmMirrored& mirrored) {
+  const std::string name = m_names.NameOf(mirrored.msg.GetType());
+  if (!m_filter.Wants(name, mirrored.msg.Record())) return;
+  ++m_shown;
+  if (m_context.json)
+    ShowJson(mirrored, name, m_names.FaultOf(mirrored.msg));
+  else
+    ShowText(mirrored, name, m_names.FaultOf(mirrored.msg));
+  m_context.streams.out.flush();
+}
+
+// 2024-03-01T13:00:00+01:00  ehzif[123] -> data  store-meter-records  6ba7b810-...
+void cMonitorView::ShowText(const vorn::cScmMirrored& mirrored, const std::string& name, const std::string& fault) {
+  std::ostream& out = m_context.streams.out;
+  out << Now() << "  " << ForTerminal(mirrored.processName) << '[' << mirrored.pid << ']'
+      << (mirrored.incoming ? " -> " : " <- ") << GetName() << "  " << name;
+  if (mirrored.msg.GetId().IsValid()) out << "  " << mirrored.msg.GetId().ToString();
+  out << '\n' << m_text.AsLines(mirrored.msg.Record(), 2);
+  if (!fault.empty()) out << "  ! " << ForTerminal(fault) << '\n';
+}
+
+void cMonitorView::ShowJson(const vorn::cScmMirrored& mirrored, const std::string& name, const std::string& fault) {
+  const vorn::cUuid& id = mirrored.msg.GetId();
+  cJson row;
+  row["time"] = Now();
+  row["direction"] = mirrored.incoming ? "in" : "out";
+  row["process"] = ToUtf8(mirrored.processName);
+  row["pid"] = mirrored.pid;
+  row["message"] = name;
+  row["type"] = mirrored.msg.GetType();
+  row["id"] = id.IsValid() ? cJson(id.ToString()) : cJson(nullptr);
+  row["record"] = m_text.AsJson(mirrored.msg.Record());
+  row["fault"] = fault.empty() ? cJson(nullptr) : cJson(fault);
+  m_json.Write(row);
+}
+
+}  // namespace tav::ctl

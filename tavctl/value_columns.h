@@ -1,0 +1,25 @@
+// SPDX-License-Identifier: Apache-2.0
+// The columns of a value of a meter, as last, values and watch show them.
+#pragma once
+
+#include <tav/service/db_ctrl_protocol.h>
+#include <tavctl/table.h>
+
+namespace tav::ctl {
+
+inline constexpr cColumn kLastValueColumns[] = {
+    {db_ctrl::kMeterId, "METER"},
+    {db_ctrl::kObisId, "OBIS"},
+    {db_ctrl::kValue, "VALUE", eForm::Number},
+    {"unit", "", eForm::Unit},
+    {db_ctrl::kTimestamp, "TIME", eForm::Time},
+    {"time-source", "TIME FROM"},
+    {"signature", "SIGNATURE", eForm::Data},
+};
+
+inline constexpr cColumn kStoredValueColumns[] = {
+    {db_ctrl::kTimestamp, "TIME", eForm::Time}, {"time-source", "TIME FROM"}, {db_ctrl::kObisId, "OBIS"},
+    {db_ctrl::kValue, "VALUE", eForm::Number},  {"unit", "", eForm::Unit},    {"signature", "SIGNATURE", eForm::Data},
+};
+
+}  // namespace tav::ctl

@@ -2,8 +2,12 @@
 #include <gateway/driver/obis_rules_file.h>
 
 #include <toml++/toml.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <memory>
 #include <set>
-#include <sstream>
 
 namespace tav {
 
@@ -67,7 +71,7 @@ bool ReadRules(const std::string& file, const toml::table& document, cObisMap& m
       return false;
     }
   const toml::array* rules = document["rule"].as_array();
-  if (rules == nullptr) {
+  if (rules == nullptr || rules->empty()) {
     error = file + ": no [[rule]] in it";
     return false;
   }
@@ -82,12 +86,24 @@ bool ReadRules(const std::string& file, const toml::table& document, cObisMap& m
   return true;
 }
 
+bool ReadFile(const std::string& file, std::string& text, std::string& error) {
+  const std::unique_ptr<std::FILE, int (*)(std::FILE*)> stream(std::fopen(file.c_str(), "re"), std::fclose);
+  char block[4096];
+  std::size_t size = 0;
+  while (stream && (size = std::fread(block, 1, sizeof block, stream.get())) != 0) text.append(block, size);
+  if (stream && std::ferror(stream.get()) == 0) return true;
+  error = file + ": " + std::strerror(errno);
+  return false;
+}
+
 }  // namespace
 
 bool ReadObisRules(const std::string& file, cObisMap& map, std::string& error) {
   cObisMap read;
+  std::string text;
+  if (!ReadFile(file, text, error)) return false;
   try {
-    if (!ReadRules(file, toml::parse_file(file), read, error)) return false;
+    if (!ReadRules(file, toml::parse(text, file), read, error)) return false;
   } catch (const toml::parse_error& fault) {
     error = Place(file, fault.source()) + std::string(fault.description());
     return false;

@@ -168,7 +168,7 @@ TEST_F(SmlCaptures, ReadTheSameInBlocksOfAnySize) {
   for (const cCapture& capture : captures) {
     const std::string some = capture.bytes.substr(0, 4096);
     const cReading whole = Read(some);
-    for (const std::size_t block : {1, 7, 64, 333})
+    for (const std::size_t block : {1u, 7u, 64u, 333u})
       EXPECT_EQ(Read(some, block).events, whole.events) << capture.name << " " << block;
   }
 }

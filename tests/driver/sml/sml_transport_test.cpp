@@ -75,7 +75,7 @@ TEST(SmlTransport, GivesBackEveryPayloadWithEscapesInIt) {
     for (std::size_t run = 1; run <= 20; ++run) {
       for (std::size_t behind = 0; behind < 5; ++behind) {
         const std::string payload = std::string(before, 'x') + std::string(run, '\x1B') + std::string(behind, 'y');
-        for (const std::size_t block : {0, 1, 3}) {
+        for (const std::size_t block : {0u, 1u, 3u}) {
           const cFrames found = Frames(WriteSmlFrame(payload), block);
           EXPECT_THAT(found.payloads, ElementsAre(payload)) << before << " " << run << " " << behind << " " << block;
           EXPECT_EQ(found.counts.good, 1u);
@@ -227,7 +227,7 @@ TEST(SmlTransport, FindsTheSameInBlocksOfAnySize) {
 TEST(SmlTransport, KeepsToItsLimit) {
   const auto frameOf = [](std::size_t size) { return WriteSmlFrame(std::string(size - 16, 'x')); };
   const std::string next = WriteSmlFrame("abcd");
-  for (const std::size_t block : {0, 1000}) {
+  for (const std::size_t block : {0u, 1000u}) {
     EXPECT_EQ(Frames(frameOf(kMaxFrame - 4), block).counts.good, 1u);
     EXPECT_EQ(Frames(frameOf(kMaxFrame), block).counts.good, 1u);
     const cFrames above = Frames(frameOf(kMaxFrame + 4) + next, block);

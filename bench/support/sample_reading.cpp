@@ -49,6 +49,33 @@ std::uint64_t BitsOf(double value) {
 
 std::uint64_t Widened(int value) { return static_cast<std::uint64_t>(static_cast<std::int64_t>(value)); }
 
+template <typename Reading>
+std::uint64_t Sum(const Reading& reading) {
+  cSum sum;
+  sum.Number(reading.number);
+  sum.Text(reading.meter);
+  sum.Text(reading.server);
+  sum.Number(reading.channel);
+  sum.Number(reading.received);
+  sum.Number(reading.meterTime);
+  sum.Number(reading.secondsIndex);
+  sum.Number(reading.status);
+  sum.Number(reading.valid);
+  sum.Text(reading.protocol);
+  sum.Text(reading.source);
+  sum.Real(reading.quality);
+  sum.Number(Widened(reading.tariff));
+  sum.Text(reading.location);
+  for (const auto& entry : reading.entries) {
+    sum.Text(entry.name);
+    sum.Real(entry.value);
+    sum.Text(entry.unit);
+    sum.Number(entry.time);
+    sum.Text(entry.timeSource);
+  }
+  return sum.Get();
+}
+
 }  // namespace
 
 cReading SampleReading(std::uint64_t number) {
@@ -75,31 +102,9 @@ cReading SampleReading(std::uint64_t number) {
   return reading;
 }
 
-std::uint64_t SumOf(const cReading& reading) {
-  cSum sum;
-  sum.Number(reading.number);
-  sum.Text(reading.meter);
-  sum.Text(reading.server);
-  sum.Number(reading.channel);
-  sum.Number(reading.received);
-  sum.Number(reading.meterTime);
-  sum.Number(reading.secondsIndex);
-  sum.Number(reading.status);
-  sum.Number(reading.valid);
-  sum.Text(reading.protocol);
-  sum.Text(reading.source);
-  sum.Real(reading.quality);
-  sum.Number(Widened(reading.tariff));
-  sum.Text(reading.location);
-  for (const cEntry& entry : reading.entries) {
-    sum.Text(entry.name);
-    sum.Real(entry.value);
-    sum.Text(entry.unit);
-    sum.Number(entry.time);
-    sum.Text(entry.timeSource);
-  }
-  return sum.Get();
-}
+std::uint64_t SumOf(const cReading& reading) { return Sum(reading); }
+
+std::uint64_t SumOf(const cPackedReading& reading) { return Sum(reading); }
 
 // ---- as a record
 
@@ -118,7 +123,7 @@ void WriteRecord(const cReading& reading, vorn::cRecord& record) {
   record.AppendUInt64Par("quality", BitsOf(reading.quality));
   record.AppendIntPar("tariff", reading.tariff);
   record.AppendTextPar("location", reading.location);
-  for (const cEntry& each : reading.entries) {
+  for (const auto& each : reading.entries) {
     vorn::cRecord entry;
     entry.AppendTextPar("name", each.name);
     entry.AppendUInt64Par("value", BitsOf(each.value));
@@ -185,20 +190,17 @@ class cUnpacker {
  public:
   cUnpacker(const unsigned char* from, std::size_t size) : m_from(from), m_end(from + size) {}
   template <typename Number>
-  Number Get() {
-    Number value{};
-    if (Has(sizeof value)) {
-      std::memcpy(&value, m_from, sizeof value);
-      m_from += sizeof value;
-    }
-    return value;
+  void Get(Number& value) {
+    if (!Has(sizeof value)) return;
+    std::memcpy(&value, m_from, sizeof value);
+    m_from += sizeof value;
   }
-  std::string_view Text() {
-    const std::size_t size = Get<std::uint8_t>();
-    if (!Has(size)) return {};
-    const auto* const text = reinterpret_cast<const char*>(m_from);
+  void Get(std::string_view& text) {
+    std::uint8_t size = 0;
+    Get(size);
+    if (!Has(size)) return;
+    text = {reinterpret_cast<const char*>(m_from), size};
     m_from += size;
-    return {text, size};
   }
   bool IsGood() const { return m_good; }
 
@@ -225,14 +227,14 @@ std::size_t WritePacked(const cReading& reading, unsigned char* to) {
   pack.Put(reading.meterTime);
   pack.Put(reading.secondsIndex);
   pack.Put(reading.status);
-  pack.Put(static_cast<std::uint8_t>(reading.valid));
+  pack.Put(reading.valid);
   pack.Text(reading.protocol);
   pack.Text(reading.source);
   pack.Put(reading.quality);
   pack.Put(reading.tariff);
   pack.Text(reading.location);
   pack.Put(static_cast<std::uint8_t>(reading.entries.size()));
-  for (const cEntry& entry : reading.entries) {
+  for (const auto& entry : reading.entries) {
     pack.Text(entry.name);
     pack.Put(entry.value);
     pack.Text(entry.unit);
@@ -242,31 +244,33 @@ std::size_t WritePacked(const cReading& reading, unsigned char* to) {
   return pack.GetSize();
 }
 
-std::uint64_t ReadPacked(const unsigned char* from, std::size_t size) {
+bool ReadPacked(const unsigned char* from, std::size_t size, cPackedReading& reading) {
   cUnpacker unpack(from, size);
-  cSum sum;
-  sum.Number(unpack.Get<std::uint64_t>());
-  sum.Text(unpack.Text());
-  sum.Text(unpack.Text());
-  sum.Number(unpack.Get<unsigned int>());
-  sum.Number(unpack.Get<std::uint64_t>());
-  sum.Number(unpack.Get<std::uint64_t>());
-  sum.Number(unpack.Get<unsigned int>());
-  sum.Number(unpack.Get<unsigned int>());
-  sum.Number(unpack.Get<std::uint8_t>());
-  sum.Text(unpack.Text());
-  sum.Text(unpack.Text());
-  sum.Real(unpack.Get<double>());
-  sum.Number(Widened(unpack.Get<int>()));
-  sum.Text(unpack.Text());
-  for (std::size_t entries = unpack.Get<std::uint8_t>(); entries > 0 && unpack.IsGood(); --entries) {
-    sum.Text(unpack.Text());
-    sum.Real(unpack.Get<double>());
-    sum.Text(unpack.Text());
-    sum.Number(unpack.Get<std::uint64_t>());
-    sum.Text(unpack.Text());
+  unpack.Get(reading.number);
+  unpack.Get(reading.meter);
+  unpack.Get(reading.server);
+  unpack.Get(reading.channel);
+  unpack.Get(reading.received);
+  unpack.Get(reading.meterTime);
+  unpack.Get(reading.secondsIndex);
+  unpack.Get(reading.status);
+  unpack.Get(reading.valid);
+  unpack.Get(reading.protocol);
+  unpack.Get(reading.source);
+  unpack.Get(reading.quality);
+  unpack.Get(reading.tariff);
+  unpack.Get(reading.location);
+  std::uint8_t entries = 0;
+  unpack.Get(entries);
+  reading.entries.resize(entries);
+  for (auto& entry : reading.entries) {
+    unpack.Get(entry.name);
+    unpack.Get(entry.value);
+    unpack.Get(entry.unit);
+    unpack.Get(entry.time);
+    unpack.Get(entry.timeSource);
   }
-  return unpack.IsGood() ? sum.Get() : 0;
+  return unpack.IsGood();
 }
 
 // ---- as drivers make it

@@ -17,34 +17,40 @@
 
 namespace tav::bench {
 
-struct cEntry {
-  std::string name;
+template <typename Text>
+struct cEntryOf {
+  Text name;
   double value = 0;
-  std::string unit;
+  Text unit;
   std::uint64_t time = 0;  // microseconds
-  std::string timeSource;
+  Text timeSource;
 };
 
-struct cReading {
+template <typename Text>
+struct cReadingOf {
   std::uint64_t number = 0;
-  std::string meter;
-  std::string server;
+  Text meter;
+  Text server;
   unsigned int channel = 0;
   std::uint64_t received = 0;
   std::uint64_t meterTime = 0;
   unsigned int secondsIndex = 0;
   unsigned int status = 0;
   bool valid = false;
-  std::string protocol;
-  std::string source;
+  Text protocol;
+  Text source;
   double quality = 0;
   int tariff = 0;
-  std::string location;
-  std::vector<cEntry> entries;
+  Text location;
+  std::vector<cEntryOf<Text>> entries;
 };
+
+using cReading = cReadingOf<std::string>;
+using cPackedReading = cReadingOf<std::string_view>;  // its texts are views into the packed bytes
 
 cReading SampleReading(std::uint64_t number = 1'000'001);
 std::uint64_t SumOf(const cReading& reading);
+std::uint64_t SumOf(const cPackedReading& reading);
 
 // As a record; real numbers travel as their 64 bits.
 void WriteRecord(const cReading& reading, vorn::cRecord& record);
@@ -54,8 +60,8 @@ std::uint64_t ReadRecord(const vorn::cRecord& record, std::uint64_t& number);
 // Packed; to must have room for kMaxPacked bytes. The number of bytes.
 constexpr std::size_t kMaxPacked = 4096;
 std::size_t WritePacked(const cReading& reading, unsigned char* to);
-// Every access is checked against the size; 0 when it is too small.
-std::uint64_t ReadPacked(const unsigned char* from, std::size_t size);
+// Every access is checked against the size; false when it is too small.
+bool ReadPacked(const unsigned char* from, std::size_t size, cPackedReading& reading);
 
 // The same reading as drivers make it. Its values and times differ from number to number.
 cMeterRecord SampleMeterRecord(const std::string& meter, unsigned int number);

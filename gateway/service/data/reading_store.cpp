@@ -3,6 +3,8 @@
 
 #include <SQLiteCpp/Database.h>
 
+#include <algorithm>
+
 #include <gateway/service/data/decimal_code.h>
 
 namespace tav::data {
@@ -29,6 +31,11 @@ void BindNumbers(SQLite::Statement& statement, Numbers... numbers) {
   (statement.bind(++index, numbers), ...);
 }
 
+cStoredValue Stored(std::string_view text) {
+  if (const auto packed = PackDecimal(text)) return *packed;
+  return std::string(text);
+}
+
 int Run(SQLite::Statement& statement) {
   const int changes = statement.exec();
   statement.reset();
@@ -51,15 +58,19 @@ cReadingStore::cReadingStore(SQLite::Database& database)
       m_lastSequence(database, "SELECT max(seq) FROM reading WHERE meter=? AND time=?"),
       m_insertExtra(database, "INSERT INTO reading_extra VALUES(?,?,?,?,?,?)"),
       m_deleteReading(database, "DELETE FROM reading WHERE meter=? AND time=? AND seq=?"),
-      m_insertValue(database, "INSERT OR IGNORE INTO value VALUES(?,?,?,?,?,?)"),
-      m_insertSignature(database, "INSERT INTO signature VALUES(?,?,?,?,?)") {}
+      m_insertSignature(database, "INSERT INTO signature VALUES(?,?,?,?,?)"),
+      m_insertValues(database) {}
 
 cReadingStore::eOutcome cReadingStore::Add(const cReadingView& reading) {
   if (reading.entries.empty()) return eOutcome::NothingNew;
   const cRow row = OpenRow(reading);
   if (row.seq > kMaxSequence) return eOutcome::Refused;
   bool stored = false;
-  for (const cEntryView& entry : reading.entries) stored |= AddEntry(entry, row);
+  const std::vector<cEntryView>& entries = reading.entries;
+  for (std::size_t begin = 0, end = 0; begin < entries.size(); begin = end) {
+    while (end < entries.size() && entries[end].timestamp == entries[begin].timestamp) ++end;
+    stored |= AddEntries(reading, begin, end, row);
+  }
   if (row.fresh && stored && HasExtra(reading)) InsertExtra(reading, row);
   if (row.fresh && !stored) DeleteRow(row);
   return stored ? eOutcome::Stored : eOutcome::NothingNew;
@@ -116,30 +127,45 @@ void cReadingStore::DeleteRow(const cRow& row) {
   Run(m_deleteReading);
 }
 
-bool cReadingStore::AddEntry(const cEntryView& entry, const cRow& row) {
-  const std::int64_t obis = m_obis.Id({entry.name});
-  const std::int64_t form = m_forms.Id({entry.unit, std::int64_t{entry.timeSource}});
-  if (const auto packed = PackDecimal(entry.value))
-    m_value = *packed;
-  else
-    m_value = std::string(entry.value);
-  BindNumbers(m_insertValue, row.meter, entry.timestamp, obis);
-  BindValue(m_insertValue, 4, m_value);
-  m_insertValue.bind(5, form);
-  // The common value belongs to the first reading of its own second: then nothing has to be written.
-  if (entry.timestamp == row.time && row.seq == 0)
-    m_insertValue.bind(6);
-  else
-    m_insertValue.bind(6, row.time << 16 | row.seq);
-  if (Run(m_insertValue) == 0) return false;
-  if (!entry.signature.empty()) InsertSignature(entry, row.meter, obis);
-  m_series.Add(row.meter, obis, entry.timestamp, m_value, form);
-  return true;
+// Entries that have the same time.
+bool cReadingStore::AddEntries(const cReadingView& reading, std::size_t begin, std::size_t end, const cRow& row) {
+  m_values.resize(end - begin);
+  for (std::size_t at = begin; at < end; ++at) {
+    const cPlace& place = PlaceOf(reading.entries[at], at);
+    m_values[at - begin] = {place.obis, Stored(reading.entries[at].value), place.form};
+  }
+  // The common value belongs to the first reading of its own second: then nothing has to be written of it.
+  const std::int64_t time = reading.entries[begin].timestamp;
+  const bool common = time == row.time && row.seq == 0;
+  m_insertValues.Insert(row.meter, time, common ? std::nullopt : std::optional(row.time << 16 | row.seq), m_values);
+  bool stored = false;
+  for (std::size_t at = begin; at < end; ++at) {
+    const cNewValue& value = m_values[at - begin];
+    if (!value.stored) continue;
+    stored = true;
+    m_series.Add(row.meter, value.obis, reading.entries[at].timestamp, value.value, value.form);
+    if (!reading.entries[at].signature.empty()) InsertSignature(reading.entries[at], row.meter, value);
+  }
+  return stored;
 }
 
-void cReadingStore::InsertSignature(const cEntryView& entry, std::int64_t meter, std::int64_t obis) {
-  BindNumbers(m_insertSignature, meter, entry.timestamp, obis);
-  BindValue(m_insertSignature, 4, m_value);
+const cReadingStore::cPlace& cReadingStore::PlaceOf(const cEntryView& entry, std::size_t at) {
+  at = std::min(at, kMaxPlaces);
+  if (at >= m_places.size()) m_places.resize(at + 1);
+  cPlace& place = m_places[at];
+  if (place.obis != 0 && place.name == entry.name && place.unit == entry.unit && place.timeSource == entry.timeSource)
+    return place;
+  place.name = entry.name;
+  place.unit = entry.unit;
+  place.timeSource = entry.timeSource;
+  place.obis = m_obis.Id({entry.name});
+  place.form = m_forms.Id({entry.unit, std::int64_t{entry.timeSource}});
+  return place;
+}
+
+void cReadingStore::InsertSignature(const cEntryView& entry, std::int64_t meter, const cNewValue& value) {
+  BindNumbers(m_insertSignature, meter, entry.timestamp, value.obis);
+  BindValue(m_insertSignature, 4, value.value);
   BindBlob(m_insertSignature, 5, entry.signature);
   Run(m_insertSignature);
 }

@@ -10,10 +10,13 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <string>
+#include <vector>
 
 #include <gateway/service/data/dictionary.h>
 #include <gateway/service/data/reading_view.h>
 #include <gateway/service/data/series.h>
+#include <gateway/service/data/value_insert.h>
 
 namespace tav::data {
 
@@ -40,14 +43,25 @@ class cReadingStore {
     bool fresh;  // made for this reading
   };
 
+  // What the entry at one place of a reading was last time: mostly it is the same again.
+  struct cPlace {
+    std::string name;
+    std::string unit;
+    unsigned int timeSource = 0;
+    std::int64_t obis = 0;
+    std::int64_t form = 0;
+  };
+  static constexpr std::size_t kMaxPlaces = 64;
+
   cRow OpenRow(const cReadingView& reading);
   std::int64_t FindSequence(const cReadingView& reading, std::int64_t meter, std::int64_t origin, std::int64_t state);
   bool InsertRow(const cReadingView& reading, std::int64_t meter, std::int64_t seq, std::int64_t origin,
                  std::int64_t state);
   void InsertExtra(const cReadingView& reading, const cRow& row);
   void DeleteRow(const cRow& row);
-  bool AddEntry(const cEntryView& entry, const cRow& row);
-  void InsertSignature(const cEntryView& entry, std::int64_t meter, std::int64_t obis);
+  bool AddEntries(const cReadingView& reading, std::size_t begin, std::size_t end, const cRow& row);
+  const cPlace& PlaceOf(const cEntryView& entry, std::size_t at);
+  void InsertSignature(const cEntryView& entry, std::int64_t meter, const cNewValue& value);
 
   cDictionary m_meters;
   cDictionary m_obis;
@@ -60,9 +74,10 @@ class cReadingStore {
   SQLite::Statement m_lastSequence;
   SQLite::Statement m_insertExtra;
   SQLite::Statement m_deleteReading;
-  SQLite::Statement m_insertValue;
   SQLite::Statement m_insertSignature;
-  cStoredValue m_value;  // of the entry at hand, kept for its room
+  cValueInsert m_insertValues;
+  std::vector<cNewValue> m_values;  // of the entries at hand, kept for their room
+  std::vector<cPlace> m_places;
 };
 
 }  // namespace tav::data

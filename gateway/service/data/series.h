@@ -11,7 +11,11 @@
 #include <cstdint>
 #include <string>
 #include <unordered_map>
+#include <utility>
 #include <variant>
+#include <vector>
+
+#include <gateway/service/data/row_statements.h>
 
 namespace tav::data {
 
@@ -38,14 +42,20 @@ class cSeries {
     }
   };
   struct cLast {
-    std::int64_t count = 0;
+    std::int64_t count = 0;  // added since the last flush
     unsigned int time = 0;
     cStoredValue value;
     std::int64_t form = 0;
   };
 
-  SQLite::Statement m_upsert;
-  std::unordered_map<cKey, cLast, cHash> m_gathered;
+  void FlushRows(std::size_t begin, std::size_t end);
+
+  // Kept from one transaction to the next for their room.
+  static constexpr std::size_t kMaxKept = 8192;
+
+  cRowStatements m_upserts;
+  std::unordered_map<cKey, cLast, cHash> m_series;
+  std::vector<std::pair<const cKey, cLast>*> m_gathered;
 };
 
 // Binds a value as the tables hold it; a text must live until the statement was run.

@@ -94,7 +94,7 @@ std::string TakeAll(const std::string& file, const toml::table& root, cOptions& 
     const toml::table* section = node.as_table();
     if (section == nullptr || !IsSection(name.str()))
       return At(file, node.source()) + "\"" + std::string(name.str()) + "\": there is no such section";
-    if (const std::string error = TakeSection(file, name.str(), *section, options); !error.empty()) return error;
+    if (std::string error = TakeSection(file, name.str(), *section, options); !error.empty()) return error;
   }
   return {};
 }

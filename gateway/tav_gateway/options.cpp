@@ -46,7 +46,7 @@ std::string Environment(const char* name) {
 }
 
 std::string StateDirectory() {
-  if (const std::string given = Environment("STATE_DIRECTORY"); !given.empty()) return given;
+  if (std::string given = Environment("STATE_DIRECTORY"); !given.empty()) return given;
   if (getuid() == 0) return "/var/lib/tav";
   if (const std::string state = Environment("XDG_STATE_HOME"); !state.empty()) return state + "/tav";
   return Environment("HOME") + "/.local/state/tav";

@@ -191,7 +191,7 @@ inline Bytes cScanner::ScanValue(Bytes at, Bytes end, bool& nested) {
 // other; what is wrong is found by the slow way. kPlainRoom bytes of memory can be read from at on.
 inline Bytes cScanner::ScanPlain(Bytes at, Bytes end, cRecordIndexEntry& entry, bool& nested) {
   const unsigned size = *at ^ kCborText;
-  if (size >= 24 || end - at < static_cast<std::ptrdiff_t>(size + 3)) return nullptr;
+  if (size >= 24 || end - at < static_cast<std::ptrdiff_t>(size) + 3) return nullptr;
   entry = {(Load<std::uint32_t>(at) & kKeyMasks[size]) ^ kCborText, static_cast<std::uint32_t>(at + 1 - m_bytes), 0};
   const Bytes value = at + 1 + size;
   const unsigned type = value[0];

@@ -62,7 +62,7 @@ bool cObisMap::Add(const cObisMapEntry& entry) {
 
 bool cObisMap::Set(const cObisMapEntry& entry) {
   // Anew, not assigned: an assignment would leave the earlier rule's error text.
-  const cObisMapEntry copy(entry);
+  const cObisMapEntry copy(entry);  // NOLINT(performance-unnecessary-copy-initialization)
   Remove(copy);
   return Add(copy);
 }

@@ -109,7 +109,8 @@ vorn::cRecord cMeterStatus::ToRecordWithMeterRec(const cMeterRecord& rec) const 
   return record;
 }
 
-bool cMeterStatus::FromRecord(vorn::cRecord rec) {
+// By value, as the interface has it.
+bool cMeterStatus::FromRecord(vorn::cRecord rec) {  // NOLINT(performance-unnecessary-value-param)
   Init();
   m_version = rec.GetUIntPar("version");
   if (m_version != kVersion) {

@@ -67,11 +67,13 @@ std::uint64_t cRawLink::Stream(unsigned int window, double end) {
   std::uint64_t acknowledged = 0;
   unsigned int type = 0;
   std::uint64_t number = 0;
-  for (bool over = false; !over || acknowledged<sent; over = Now()> end) {
-    while (!over && sent < acknowledged + window) m_end->Put(kStore, ++sent);
+  while (sent < window) m_end->Put(kStore, ++sent);
+  while (acknowledged < sent) {
     if (!m_end->Write() || !m_end->Read()) return 0;
-    while (m_end->Take(type, number))
+    while (m_end->Take(type, number)) {
       if (number != ++acknowledged) return 0;
+      if (Now() < end) m_end->Put(kStore, ++sent);
+    }
   }
   return acknowledged;
 }

@@ -9,8 +9,7 @@ namespace tav::bench {
 namespace {
 
 const std::string kService = "bench";
-constexpr double kPatience = 10;  // seconds
-constexpr unsigned int kTurnMs = 1000;
+constexpr double kPatience = 10;  // seconds, for the connection
 
 class cAnswering : public vorn::cScmServer {
  public:
@@ -61,29 +60,39 @@ bool cVornLink::SendReading(unsigned int type, std::uint64_t number) {
 bool cVornLink::DispatchMessage(const vorn::cMsg& msg) {
   if (msg.GetType() == kStored) {
     m_answered = msg.Record().GetUInt64Par("id");
-    ++m_acknowledged;
+    GoOn();
   } else {
     benchmark::DoNotOptimize(ReadRecord(msg.Record(), m_answered));
+    Stop();
   }
   return true;
+}
+
+void cVornLink::OnClose() {
+  m_failed = true;
+  Stop();
 }
 
 bool cVornLink::RoundTrip(std::uint64_t number) {
   if (!SendReading(kEcho, number)) return false;
-  while (m_answered != number)
-    if (!Poll(kTurnMs)) return false;
-  return true;
+  Run();
+  return !m_failed && m_answered == number;
 }
 
 std::uint64_t cVornLink::Stream(unsigned int window, double end) {
-  std::uint64_t sent = 0;
-  m_acknowledged = 0;
-  for (bool over = false; !over || m_acknowledged<sent; over = Now()> end) {
-    for (; !over && sent < m_acknowledged + window; ++sent)
-      if (!SendReading(kStore, sent + 1)) return 0;
-    if (!Poll(kTurnMs) || m_answered > sent) return 0;
-  }
-  return m_acknowledged;
+  m_window = window;
+  m_end = end;
+  m_sent = m_acknowledged = 0;
+  while (m_sent < window && SendReading(kStore, m_sent + 1)) ++m_sent;
+  if (m_sent == window) Run();
+  return m_failed ? 0 : m_acknowledged;
+}
+
+// An acknowledgement makes room for the next reading, until the time is over.
+void cVornLink::GoOn() {
+  if (m_answered != ++m_acknowledged) m_failed = true;
+  if (Now() < m_end && SendReading(kStore, m_sent + 1)) ++m_sent;
+  if (m_failed || m_acknowledged == m_sent) Stop();
 }
 
 vorn::cRecord cVornLink::MakeReading(std::uint64_t number) {

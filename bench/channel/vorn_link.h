@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// cVornLink: readings as records over a channel of the framework, written, validated and read whole on both sides.
+// cVornLink: readings as records over a channel of the framework, written, validated and read whole on both sides. Both
+// processes are driven as processes are, by Run.
 #pragma once
 
 #include <bench/channel/link.h>
@@ -25,12 +26,20 @@ class cVornLink : public cLink, private vorn::cScmService, private vorn::cScmSer
 
  private:
   bool DispatchMessage(const vorn::cMsg& msg) override;
+  void OnClose() override;
   bool SendReading(unsigned int type, std::uint64_t number);
+  void GoOn();
 
   cChild m_server;
   cReading m_reading = SampleReading();
-  std::uint64_t m_answered = 0;      // number of the last answer
-  std::uint64_t m_acknowledged = 0;  // how many were
+  bool m_failed = false;
+  std::uint64_t m_answered = 0;  // number of the last answer
+
+  // Of a stream.
+  unsigned int m_window = 0;
+  double m_end = 0;
+  std::uint64_t m_sent = 0;
+  std::uint64_t m_acknowledged = 0;
 };
 
 }  // namespace tav::bench

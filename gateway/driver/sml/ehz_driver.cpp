@@ -8,7 +8,7 @@
 
 #include <gateway/driver/input/descriptor_input.h>
 #include <gateway/driver/sml/dlms_units.h>
-#include <gateway/driver/sml/get_list_record.h>
+#include <gateway/driver/sml/list_reading.h>
 #include <gateway/driver/unit_driver.h>
 #include <tav/framework/helper.h>
 
@@ -43,12 +43,13 @@ cMoment TimeOf(const cSmlList& list, const cByteInput& input) {
 
 }  // namespace
 
-cEhzDriver::cEhzDriver(const cEhzOptions& options, const cObisMap& rules)
-    : cScmService(kDriver, options.directory),
+cEhzDriver::cEhzDriver(const cEhzOptions& options, const cObisMap& rules, std::shared_ptr<const vorn::cClock> clock)
+    : cScmService(kDriver, options.directory, std::move(clock)),
       m_options(options),
       m_rules(rules),
       m_reader(*this),
-      m_delivery(this, kDriver, [this] { FeedPending(); }),
+      m_feed(m_reader),
+      m_delivery(this, kDriver, [this] { OnProgress(); }),
       m_giveUp(this) {
   AddDlmsUnits();
   m_signals.emplace(this, std::initializer_list<int>{SIGTERM, SIGINT}, [this](int signal) { OnSignal(signal); });
@@ -67,8 +68,7 @@ int cEhzDriver::Work() {
 
 bool cEhzDriver::DispatchMessage(const vorn::cMsg& msg) {
   if (msg.GetType() == eGiveUp) {
-    vorn::Trace(DriverUnit(), 2, "gave up waiting, ", m_delivery.GetOpen(), " readings are not acknowledged");
-    Stop();
+    GiveUp();
   } else if (msg.GetType() == eInputTimer && m_options.simulated) {
     static_cast<cSimulatedInput&>(*m_input).OnTimer();
   } else if (msg.GetType() == eInputTimer) {
@@ -109,12 +109,20 @@ std::unique_ptr<cByteInput> cEhzDriver::MakeInput() {
 }
 
 void cEhzDriver::OnBytes(const unsigned char* bytes, std::size_t size) {
-  if (m_ending) return;
+  if (m_inputEnded) return;
+  if (std::exchange(m_inputLost, false)) ReportInput("input back", {});
   if (!m_input->CanWait()) {
     m_reader.Feed(bytes, size);
     return;
   }
   m_pending.append(reinterpret_cast<const char*>(bytes), size);
+  FeedPending();
+}
+
+void cEhzDriver::OnProgress() {
+  const cDeliveryCounts& counts = m_delivery.GetCounts();
+  const std::uint64_t answers = counts.acknowledged + counts.refused;
+  if (std::exchange(m_answers, answers) != answers && !m_ending) m_giveUp.Stop();
   FeedPending();
 }
 
@@ -124,24 +132,31 @@ void cEhzDriver::FeedPending() {
   std::size_t at = 0;
   while (at < m_pending.size() && m_delivery.GetOpen() < cDelivery::kWindow) {
     const std::size_t slice = std::min(kSlice, m_pending.size() - at);
-    m_reader.Feed(m_pending.data() + at, slice);
+    m_feed.Feed({m_pending.data() + at, slice});
     at += slice;
   }
   m_pending.erase(0, at);
-  if (m_input->CanWait() && !m_inputEnded) {
-    if (m_pending.empty() && m_delivery.GetOpen() < cDelivery::kWindow)
-      m_input->Resume();
-    else
-      m_input->Pause();
-  }
+  if (m_input->CanWait() && !m_inputEnded) HoldInput();
   EndWhenDone();
 }
 
+void cEhzDriver::HoldInput() {
+  if (!m_feed.GetFault().empty()) {
+    OnInputEnd({});
+  } else if (m_pending.empty() && m_delivery.GetOpen() < cDelivery::kWindow) {
+    m_input->Resume();
+  } else {
+    m_input->Pause();
+    if (m_options.once) GiveUpLater();
+  }
+}
+
 void cEhzDriver::OnInputLost(const std::string& reason) {
+  if (m_inputEnded) return;
   vorn::Trace(DriverUnit(), 2, "input lost: ", reason);
   m_reader.Finish();
   if (m_options.once) {
-    OnInputEnd({});
+    OnInputEnd(m_inputOpened ? std::string() : reason);
     return;
   }
   m_inputLost = true;
@@ -149,8 +164,8 @@ void cEhzDriver::OnInputLost(const std::string& reason) {
 }
 
 void cEhzDriver::OnInputOpen() {
+  m_inputOpened = true;
   vorn::Trace(DriverUnit(), 16, "input open: ", [this] { return m_options.input.ToString(); });
-  if (std::exchange(m_inputLost, false)) ReportInput("input back", {});
 }
 
 void cEhzDriver::ReportInput(const char* event, const std::string& reason) {
@@ -164,12 +179,13 @@ void cEhzDriver::ReportInput(const char* event, const std::string& reason) {
 }
 
 void cEhzDriver::OnInputEnd(const std::string& why) {
-  if (!why.empty()) {
-    vorn::Trace(DriverUnit(), 2, why);
-    m_exitCode = eExitInput;
-  }
+  if (!why.empty()) FailInput(why);
   m_inputEnded = true;
   FeedPending();
+}
+
+void cEhzDriver::FailInput(const std::string& why) {
+  if (std::exchange(m_exitCode, eExitInput) != eExitInput) vorn::Trace(DriverUnit(), 2, why);
 }
 
 // ---- the end
@@ -188,12 +204,23 @@ void cEhzDriver::OnSignal(int signal) {
 
 void cEhzDriver::EndWhenDone() {
   if (!m_inputEnded || !m_pending.empty()) return;
-  m_reader.Finish();
-  if (m_delivery.GetOpen() == 0) {
+  m_feed.Finish();
+  if (!m_feed.GetFault().empty()) FailInput(m_options.input.ToString() + ": " + m_feed.GetFault());
+  if (m_delivery.GetOpen() == 0)
     Stop();
-  } else if (!m_giveUp.IsRunning()) {
-    m_giveUp.Start(m_options.waitSeconds * 1000, eGiveUp);
-  }
+  else
+    GiveUpLater();
+}
+
+// Counted from the service's last answer.
+void cEhzDriver::GiveUpLater() {
+  if (!m_giveUp.IsRunning()) m_giveUp.Start(m_options.waitSeconds * 1000, eGiveUp);
+}
+
+void cEhzDriver::GiveUp() {
+  vorn::Trace(DriverUnit(), 2, "gave up waiting, ", m_delivery.GetOpen(), " readings are not acknowledged",
+              m_inputEnded ? "" : " and the input is not read to its end");
+  Stop();
 }
 
 // ---- readings
@@ -210,47 +237,43 @@ void cEhzDriver::OnFault(const cSmlFrame& frame, const cSmlFault& fault) {
 
 void cEhzDriver::OnList(const cSmlFrame& frame, const cSmlList& list) {
   const cMoment moment = TimeOf(list, *m_input);
-  vorn::cRecord record = ToGetListRecord(list);
   cMeterRecord reading;
-  if (!reading.FromSmlGetListRes(kDriver, m_options.medium, moment.source, moment.seconds, record) ||
-      reading.GetMeasurementEntries().empty()) {
+  if (!ToReading(list, kDriver, m_options.medium, moment.source, moment.seconds, reading)) {
     ++m_counts.valueless;
     return;
   }
-  if (!IsWanted(reading)) return;
   reading.SetInterfaceInfo(m_options.interfaceName, kProtocol, {});
   if (m_options.raw) reading.SetRaw(vorn::cData(frame.payload.data(), frame.payload.size()));
-  Deliver(reading);
-}
-
-bool cEhzDriver::IsWanted(const cMeterRecord& reading) {
-  if (!m_options.meters.empty() && m_options.meters.count(reading.GetMeterID()) == 0) {
-    ++m_counts.filtered;
-    return false;
-  }
-  if (m_options.intervalSeconds == 0) return true;
-  const std::uint32_t slot = reading.GetTimestamp() / m_options.intervalSeconds;
-  const auto known = m_lastStored.find(reading.GetMeterID());
-  if (known != m_lastStored.end() && known->second == slot) {
-    ++m_counts.skipped;
-    return false;
-  }
-  if (known == m_lastStored.end() && m_lastStored.size() == kMostMetersKept) m_lastStored.clear();
-  m_lastStored[reading.GetMeterID()] = slot;
-  return true;
-}
-
-void cEhzDriver::Deliver(cMeterRecord& reading) {
   if (m_options.rulesFile.empty()) {
-    m_delivery.Deliver(reading);
+    TakeReading(reading);
     return;
   }
   cMeterRecord filtered;
   reading.ProcessFilter(m_rules, filtered, m_options.keepNames);
-  if (filtered.GetMeasurementEntries().empty())
+  TakeReading(filtered);
+}
+
+void cEhzDriver::TakeReading(const cMeterRecord& reading) {
+  if (!IsMeterWanted(reading.GetMeterID()) || reading.GetMeasurementEntries().empty())
     ++m_counts.filtered;
+  else if (!IsTimeWanted(reading))
+    ++m_counts.skipped;
   else
-    m_delivery.Deliver(filtered);
+    m_delivery.Deliver(reading);
+}
+
+bool cEhzDriver::IsMeterWanted(const std::string& meterId) const {
+  return m_options.meters.empty() || m_options.meters.count(meterId) != 0;
+}
+
+bool cEhzDriver::IsTimeWanted(const cMeterRecord& reading) {
+  if (m_options.intervalSeconds == 0) return true;
+  const std::uint32_t slot = reading.GetTimestamp() / m_options.intervalSeconds;
+  const auto known = m_lastStored.find(reading.GetMeterID());
+  if (known != m_lastStored.end() && known->second == slot) return false;
+  if (known == m_lastStored.end() && m_lastStored.size() == kMostMetersKept) m_lastStored.clear();
+  m_lastStored[reading.GetMeterID()] = slot;
+  return true;
 }
 
 }  // namespace tav::sml

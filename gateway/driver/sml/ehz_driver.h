@@ -12,6 +12,7 @@
 
 #include <gateway/driver/delivery.h>
 #include <gateway/driver/input/byte_input.h>
+#include <gateway/driver/sml/capture_feed.h>
 #include <gateway/driver/sml/ehz_options.h>
 #include <gateway/driver/sml/sml_reader.h>
 #include <tav/framework/scm_service.h>
@@ -29,7 +30,8 @@ struct cEhzCounts {
 
 class cEhzDriver : public vorn::cScmService, private cSmlSink {
  public:
-  cEhzDriver(const cEhzOptions& options, const cObisMap& rules);
+  // No clock: cClock::Steady().
+  cEhzDriver(const cEhzOptions& options, const cObisMap& rules, std::shared_ptr<const vorn::cClock> clock = nullptr);
   ~cEhzDriver() override;
 
   // Runs to the end of the input or a signal; the process's exit code.
@@ -49,29 +51,38 @@ class cEhzDriver : public vorn::cScmService, private cSmlSink {
   cInputEvents MakeEvents();
   std::unique_ptr<cByteInput> MakeInput();
   void OnBytes(const unsigned char* bytes, std::size_t size);
+  void OnProgress();
   void FeedPending();
+  void HoldInput();
   void OnInputLost(const std::string& reason);
   void OnInputOpen();
   void OnInputEnd(const std::string& why);
+  void FailInput(const std::string& why);
   void OnSignal(int signal);
   void EndWhenDone();
+  void GiveUpLater();
+  void GiveUp();
   void ReportInput(const char* event, const std::string& reason);
-  bool IsWanted(const cMeterRecord& reading);
-  void Deliver(cMeterRecord& reading);
+  void TakeReading(const cMeterRecord& reading);
+  bool IsMeterWanted(const std::string& meterId) const;
+  bool IsTimeWanted(const cMeterRecord& reading);
 
   cEhzOptions m_options;
   cObisMap m_rules;
   cSmlReader m_reader;
+  cCaptureFeed m_feed;
   cDelivery m_delivery;
   vorn::cTimer m_giveUp;
   std::unique_ptr<cByteInput> m_input;
   std::optional<vorn::cSignalWatch> m_signals;
   std::string m_pending;                              // bytes of an input that waits, not yet read
-  std::map<std::string, std::uint32_t> m_lastStored;  // meter identifier to the time of its last stored reading
+  std::map<std::string, std::uint32_t> m_lastStored;  // meter identifier to the slot of its last stored reading
   cEhzCounts m_counts;
+  std::uint64_t m_answers = 0;  // of the service, when we last looked
+  bool m_inputOpened = false;   // at least once
+  bool m_inputLost = false;     // and reported
   bool m_inputEnded = false;
-  bool m_inputLost = false;
-  bool m_ending = false;
+  bool m_ending = false;  // by a signal
   int m_exitCode = eExitOk;
 };
 

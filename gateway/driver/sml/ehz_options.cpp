@@ -11,6 +11,7 @@ namespace tav::sml {
 namespace {
 
 constexpr unsigned int kMostSimulatedMeters = 1000;
+constexpr unsigned int kLongestWait = 86400;
 
 std::string CheckMedium(const std::string& medium) {
   return cMeterTav::MediumToString(medium) == "unknown" ? "'" + medium +
@@ -40,8 +41,12 @@ void Describe(CLI::App& app, cEhzOptions& options, std::uint32_t& simBegin) {
   app.add_flag("--keep-names", options.keepNames, "Keep the identifiers of the meter where a rule fits");
   app.add_option("--meter", options.meters, "Only the meters with this identifier; may be repeated");
   app.add_flag("--raw", options.raw, "Store the telegram's bytes with each reading");
-  app.add_flag("--once", options.once, "End after the input's end, once everything is acknowledged");
-  app.add_option("--wait", options.waitSeconds, "Seconds to wait for acknowledgements at the end")
+  app.add_flag(
+      "--once", options.once,
+      "End with the first loss of a device or connection, once everything is acknowledged, as with a file's end");
+  app.add_option("--wait", options.waitSeconds,
+                 "Seconds without an answer of the service after which the end is not waited for any longer")
+      ->check(CLI::Range(0u, kLongestWait))
       ->capture_default_str();
   app.add_option("--trace", options.traceLevel, "Trace level: 2 failures, 4 warnings, 8 notes, 16 progress")
       ->capture_default_str();
@@ -53,6 +58,7 @@ void Describe(CLI::App& app, cEhzOptions& options, std::uint32_t& simBegin) {
       ->check(CLI::Range(1u, 86400u))
       ->capture_default_str();
   app.add_option("--rounds", options.simulation.rounds, "Simulation: telegrams of each meter, then it ends; 0 does not")
+      ->check(CLI::NonNegativeNumber)
       ->capture_default_str();
   app.add_option("--begin", simBegin,
                  "Simulation: seconds since 1970 UTC of the first telegram; time then runs as fast as it is taken");
@@ -64,7 +70,10 @@ bool Complete(const CLI::App& app, cEhzOptions& options, std::uint32_t simBegin,
   if (app.count("--begin") != 0) options.simulation.begin = simBegin;
   if (options.interfaceName.empty()) options.interfaceName = options.simulated ? "SIM" : "RS232";
   if (options.simulated) return true;
-  if (!cInputSpec::Parse(options.inputText, options.input, error)) return false;
+  if (!cInputSpec::Parse(options.inputText, options.input, error)) {
+    error = "--input: " + error;
+    return false;
+  }
   return options.input.kind != eInputKind::Serial || CheckSerialSettings(options.input, error);
 }
 
@@ -85,7 +94,7 @@ bool cEhzOptions::Parse(int argc, char** argv, cEhzOptions& options, int& exitCo
   }
   std::string error;
   if (Complete(app, options, simBegin, error)) return true;
-  std::fprintf(stderr, "ehzif: --input: %s\n", error.c_str());
+  std::fprintf(stderr, "ehzif: %s\n", error.c_str());
   exitCode = eExitUsage;
   return false;
 }

@@ -32,7 +32,7 @@ struct cEhzOptions {
   std::set<std::string> meters;  // empty: all
   bool raw = false;
   bool once = false;
-  unsigned int waitSeconds = 30;  // for acknowledgements, once the input has ended
+  unsigned int waitSeconds = 30;  // for the service's next answer, once there is nothing else to do
   int traceLevel = 4;
 
   // False when the process is to end at once, with that code: a wrong option has been explained on standard error, or

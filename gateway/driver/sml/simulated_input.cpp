@@ -21,14 +21,11 @@ std::uint32_t cSimulatedInput::Now() const {
 }
 
 void cSimulatedInput::Resume() {
+  if (m_options.rounds != 0 && m_round == m_options.rounds) return;
   if (!m_timer.IsRunning()) m_timer.Start(CanWait() ? 0 : m_options.periodSeconds * 1000, m_timerType);
 }
 
 void cSimulatedInput::OnTimer() {
-  if (m_options.rounds != 0 && m_round == m_options.rounds) {
-    m_events.onEnd({});
-    return;
-  }
   Resume();  // before the bytes: what takes them may pause this input
   const std::uint32_t now = Now();
   m_time = now;
@@ -37,6 +34,9 @@ void cSimulatedInput::OnTimer() {
     const std::string telegram = m_simulator.Telegram(now);
     m_events.onBytes(reinterpret_cast<const unsigned char*>(telegram.data()), telegram.size());
   }
+  if (m_round != m_options.rounds) return;
+  m_timer.Stop();
+  m_events.onEnd({});
 }
 
 }  // namespace tav::sml

@@ -67,27 +67,27 @@ std::uint64_t TimesOf(const Work& work) {
   return times;
 }
 
-// Times both and reports nanoseconds a call.
+// Times both and reports nanoseconds of one of the items that a call deals with.
 template <typename Ours, typename Limit>
-void CompareTimes(benchmark::State& state, const Ours& ours, const Limit& limit) {
+void CompareTimes(benchmark::State& state, const Ours& ours, const Limit& limit, double ourItems = 1,
+                  double limitItems = 1) {
   const std::uint64_t ourTimes = TimesOf(ours);
   const std::uint64_t limitTimes = TimesOf(limit);
   cRounds rounds;
   for (auto _ : state)
     for (int i = 0; i < kTimedRounds; ++i)
-      rounds.Add(SecondsOf(ours, ourTimes) * 1e9 / static_cast<double>(ourTimes),
-                 SecondsOf(limit, limitTimes) * 1e9 / static_cast<double>(limitTimes));
+      rounds.Add(SecondsOf(ours, ourTimes) * 1e9 / (static_cast<double>(ourTimes) * ourItems),
+                 SecondsOf(limit, limitTimes) * 1e9 / (static_cast<double>(limitTimes) * limitItems));
   rounds.ReportCosts(state, "", "ns");
 }
 
-// Reports how often a call asks the allocator for memory, once it has been called for a while.
+// Reports how often the allocator is asked for memory for an item, once the work has been done for a while.
 template <typename Work>
-void CountAllocations(benchmark::State& state, const Work& work) {
-  constexpr std::uint64_t kTimes = 1000;
-  SecondsOf(work, kTimes);
+void CountAllocations(benchmark::State& state, const Work& work, std::uint64_t times = 1000, double items = 1) {
+  SecondsOf(work, times);
   const cAllocations allocations;
-  SecondsOf(work, kTimes);
-  Report(state, "allocations", static_cast<double>(allocations.Get()) / kTimes, "calls");
+  SecondsOf(work, times);
+  Report(state, "allocations", static_cast<double>(allocations.Get()) / (static_cast<double>(times) * items), "calls");
 }
 
 }  // namespace tav::bench

@@ -71,6 +71,7 @@ cFault cDataStore::Write(const std::function<void(cTables&)>& add) {
     add(*m_connection->tables);
     m_connection->tables->readings.Flush();
     cConnection::Run(*m_connection->commit);
+    m_failures = 0;
     return cFault();
   });
 }
@@ -104,10 +105,7 @@ cFault cDataStore::Guarded(const std::function<cFault()>& work) {
   } catch (const std::exception& exception) {
     fault = {eFault::Internal, "database '" + m_options.file + "': " + exception.what()};
   }
-  if (fault)
-    Recover(fault.kind);
-  else
-    m_failedBefore = false;
+  if (fault) Recover(fault.kind);
   return fault;
 }
 
@@ -176,13 +174,13 @@ cFault cDataStore::CheckLog() {
                             " pages and cannot be emptied while another process keeps a transaction open"};
 }
 
-// A file that failed once is kept: what was refused could turn up in it when its log is read again. One that fails
-// again may be another one by now.
+// A file that fails is kept for a while: when its log is read again, what was refused last could turn up. One that fails
+// again and again may be another one by now, of a disk that was taken out and put back.
 void cDataStore::Recover(eFault kind) {
   if (m_connection == nullptr) return;
   const bool passes = kind == eFault::Busy || kind == eFault::Full || kind == eFault::Moved;
-  const bool keep = m_connection->prepared && (passes || (kind != eFault::Corrupt && !m_failedBefore));
-  if (!passes) m_failedBefore = true;
+  if (!passes) ++m_failures;
+  const bool keep = m_connection->prepared && kind != eFault::Corrupt && m_failures < kReopenAfter;
   try {
     m_connection->tables.reset();
     if (sqlite3_get_autocommit(m_connection->database.getHandle()) == 0) m_connection->database.exec("ROLLBACK");

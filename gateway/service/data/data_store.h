@@ -53,6 +53,8 @@ class cDataStore {
   // How long to stand still for another process's lock, in milliseconds: when the file is opened, and later.
   static constexpr int kOpenPatience = 1000;
   static constexpr int kPatience = 10;
+  // Failures one after the other before the file is opened anew.
+  static constexpr unsigned int kReopenAfter = 10;
   // A file up to this size is checked whole when it is opened, a larger one only where it is read.
   static constexpr std::uint64_t kMaxCheckedBytes = std::uint64_t{32} << 20;
 
@@ -90,7 +92,7 @@ class cDataStore {
   cDataOptions m_options;
   std::unique_ptr<cConnection> m_connection;
   int m_walPages = 0;
-  bool m_failedBefore = false;
+  unsigned int m_failures = 0;  // one after the other
 };
 
 }  // namespace tav::data

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <gateway/service/data/store_group.h>
 
+#include <algorithm>
+
 #include <tav/framework/time.h>
 #include <tav/framework/trace.h>
 #include <tav/service/db_ctrl_protocol.h>
@@ -21,6 +23,30 @@ vorn::cUnit* Unit() {
 
 std::string Quoted(std::string_view text) { return "'" + std::string(text) + "'"; }
 
+// Meters that a refusal names; a message mostly has readings of one.
+constexpr std::size_t kMaxNamed = 4;
+
+std::string MetersOf(const vorn::cRecord& request) {
+  std::vector<std::string> meters;
+  vorn::cRecord record;
+  for (vorn::cRecordPar at = request.GetPar(db_ctrl::kMeterRecord); at.IsValid(); at = at.NextSame()) {
+    const std::string meter = at.GetRecord(record) ? record.GetPar(db_ctrl::kMeterId).GetText() : "";
+    if (std::find(meters.begin(), meters.end(), meter) == meters.end()) meters.push_back(meter);
+    if (meters.size() > kMaxNamed) break;
+  }
+  std::string text;
+  for (std::size_t i = 0; i < meters.size() && i < kMaxNamed; ++i) text += (i == 0 ? "" : ", ") + Quoted(meters[i]);
+  return meters.size() > kMaxNamed ? text + ", ..." : text;
+}
+
+// What a request is about, for the reason of its refusal.
+std::string SubjectOf(const vorn::cMsg& request) {
+  const vorn::cRecord& record = request.Record();
+  if (request.GetType() == db_ctrl::eStoreMeterRec) return "meter " + MetersOf(record);
+  if (request.GetType() == db_ctrl::eStoreEvent) return "event";
+  return "store " + Quoted(record.GetTextPar(db_ctrl::kStore)) + ", key " + Quoted(record.GetTextPar(db_ctrl::kKey));
+}
+
 }  // namespace
 
 cStoreGroup::cStoreGroup(gateway::cServiceHost* host, gateway::cProtocolServer* server, cDataStore* store)
@@ -32,7 +58,7 @@ void cStoreGroup::Add(const vorn::cMsg& request) {
   if (m_waiting.size() >= kMaxWaiting) Commit();
   if (m_waiting.size() >= kMaxWaiting) {
     ++m_counters.refused;
-    m_server->Refuse(request, "too many stores wait for a locked database");
+    m_server->Refuse(request, SubjectOf(request) + ": too many stores wait for a locked database");
     return;
   }
   m_waiting.emplace_back().request = request;
@@ -110,9 +136,9 @@ void cStoreGroup::ApplyValue(cWaiting& waiting, cTables& tables) {
     waiting.Reject("the name of a store has 1 to " + std::to_string(kMaxStoreName) + " bytes, this one " +
                    std::to_string(store.size()));
   else if (key.empty())
-    waiting.Reject("store " + Quoted(store) + ": the key is empty");
+    waiting.Reject(SubjectOf(waiting.request) + ": the key is empty");
   else if (!tables.values.Set(store, key, record.GetTextPar(db_ctrl::kValue)))
-    waiting.Reject("store " + Quoted(store) + ", key " + Quoted(key) + ": the store would have more than " +
+    waiting.Reject(SubjectOf(waiting.request) + ": the store would have more than " +
                    std::to_string(cValueStore::kMaxStoreSize) + " bytes");
   else
     ++waiting.stored;
@@ -139,7 +165,8 @@ void cStoreGroup::AnswerAll() {
 
 void cStoreGroup::RefuseAll(const cFault& fault) {
   m_counters.refused += m_waiting.size();
-  for (const cWaiting& waiting : m_waiting) m_server->Refuse(waiting.request, fault.text);
+  for (const cWaiting& waiting : m_waiting)
+    m_server->Refuse(waiting.request, SubjectOf(waiting.request) + ": " + fault.text);
 }
 
 void cStoreGroup::AnswerOne(const cWaiting& waiting) {

@@ -221,9 +221,15 @@ TEST_F(DataServer, RefusesEveryStoreOfACommitThatFails) {
     for (int i = 0; i < 3; ++i) {
       const cMsg answer = m_client->Next();
       EXPECT_EQ(answer.GetType(), db_ctrl::eStoreMeterRecFailed);
-      EXPECT_THAT(Reason(answer), HasSubstr("input/output error"));
+      EXPECT_THAT(Reason(answer), testing::StartsWith("meter 'M': database '" + options.file + "' input/output error"));
     }
-    EXPECT_EQ(m_client->Next().GetType(), db_ctrl::eStoreEventFailed);
+    EXPECT_THAT(Reason(m_client->Next()), testing::StartsWith("event: database "));
+    std::vector<cRecord> records;
+    for (const char* meter : {"A", "B", "A", "C", "D"}) records.push_back(One(kNoon, "1", meter));
+    EXPECT_THAT(Reason(StoreAll(records)), testing::StartsWith("meter 'A', 'B', 'C', 'D': database "));
+    records.push_back(One(kNoon, "1", "E"));
+    EXPECT_THAT(Reason(StoreAll(records)), testing::StartsWith("meter 'A', 'B', 'C', 'D', ...: database "));
+    EXPECT_THAT(Reason(SetValue("s", "k", "v")), testing::StartsWith("store 's', key 'k': database "));
   }
   EXPECT_EQ(CountValues(), "1");
   EXPECT_EQ(StoreAll({One(kNoon + 9)}).GetType(), db_ctrl::eMeterRecStored);
@@ -282,7 +288,7 @@ TEST_F(DataServer, HoldsABoundedNumberOfStoresWhileTheDatabaseIsLocked) {
     m_client->SendRequest(db_ctrl::eStoreMeterRec, StoreRequest({One(kNoon + i)}));
   const cMsg refused = m_client->Next();
   EXPECT_EQ(refused.GetType(), db_ctrl::eStoreMeterRecFailed);
-  EXPECT_EQ(Reason(refused), "too many stores wait for a locked database");
+  EXPECT_EQ(Reason(refused), "meter 'M': too many stores wait for a locked database");
   EXPECT_EQ(m_server->CountWaiting(), cStoreGroup::kMaxWaiting);
   other.exec("ROLLBACK");
   m_clock->Advance(2 * cStoreGroup::kRetry);
@@ -361,7 +367,7 @@ TEST_F(DataServer, RefusesAValueThatHasNoPlace) {
   EXPECT_EQ(Reason(SetValue("", "k", "v")), "the name of a store has 1 to 255 bytes, this one 0");
   EXPECT_EQ(SetValue(std::string(255, 's'), "k", "v").GetType(), db_ctrl::eSetStoreValue + 1);
   EXPECT_EQ(Reason(SetValue(std::string(256, 's'), "k", "v")), "the name of a store has 1 to 255 bytes, this one 256");
-  EXPECT_EQ(Reason(SetValue("s", "", "v")), "store 's': the key is empty");
+  EXPECT_EQ(Reason(SetValue("s", "", "v")), "store 's', key '': the key is empty");
 }
 
 TEST_F(DataServer, AStoreHoldsWhatFitsOneMessageAndNoMore) {

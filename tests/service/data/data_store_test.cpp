@@ -97,6 +97,22 @@ TEST_F(DataStore, ADiskThatFailsToSyncRefusesAndRecovers) {
   EXPECT_EQ(CountValues(), "2");
 }
 
+TEST_F(DataStore, ADiskThatFailsAgainAndAgainIsOpenedAnewAndRecovers) {
+  cDataOptions options = Options();
+  options.durability = eDurability::Full;
+  Open(options);
+  ASSERT_FALSE(TryStoreOne(kNoon));
+  {
+    const cDiskSync::cFailing failing;
+    for (unsigned int i = 1; i <= 2 * cDataStore::kReopenAfter; ++i) {
+      EXPECT_EQ(TryStoreOne(kNoon + i).kind, eFault::Io);
+    }
+  }
+  EXPECT_FALSE(TryStoreOne(kNoon + 100));
+  EXPECT_EQ(One("SELECT count(*) FROM value WHERE time IN (1700000000, 1700000100)"), "2");
+  EXPECT_EQ(One("PRAGMA integrity_check"), "ok");
+}
+
 // ---- transactions
 
 TEST_F(DataStore, NothingOfATransactionThatFailedIsThere) {

@@ -82,6 +82,19 @@ TEST(Service, PostedMessagesComeBehindWhatIsReady) {
   EXPECT_EQ(seenWhenPostedCame, 2u);
 }
 
+TEST(Service, PeersThatKeepAnsweringEachOtherDoNotHoldPostedMessages) {
+  cTempFolder directory;
+  cRecordingService service("test", directory.GetPath());
+  cRecordingServer server(&service, "data");
+  cRecordingClient client(&service, "data");
+  server.onMessage = [](const vorn::cMsg& msg) { msg.GetReplyChannel()->Send(vorn::cMsg(0x1001)); };
+  client.onMessage = [&](const vorn::cMsg&) { client.Send(vorn::cMsg(0x1000)); };
+  client.onConnect = [&] { client.Send(vorn::cMsg(0x1000)); };
+  ASSERT_TRUE(PollUntil(service, [&] { return client.messages.size() > 1; }));
+  service.Post(vorn::cMsg(1));
+  EXPECT_TRUE(PollUntil(service, [&] { return service.messages.size() == 1; }));
+}
+
 TEST(Service, DestroyingAServiceWithOpenChannelsAndQueuedWorkIsClean) {
   cTempFolder directory;
   auto service = std::make_unique<cRecordingService>("test", directory.GetPath());

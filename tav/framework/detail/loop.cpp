@@ -8,6 +8,12 @@
 
 namespace vorn::detail {
 
+namespace {
+
+constexpr int kMostHandlers = 256;  // that posted messages wait for: twice what the kernel reports at a time
+
+}  // namespace
+
 cLoop::cLoop(std::shared_ptr<const cClock> clock) : m_alarms(clock ? std::move(clock) : cClock::Steady()) {}
 
 cLoop::~cLoop() = default;
@@ -50,7 +56,9 @@ bool cLoop::DrainKept() {
 
 bool cLoop::DispatchPosted() {
   if (m_posted.empty() || m_syncDepth != 0) return false;
-  m_io.poll();
+  // Peers that keep answering each other are ready without end: they take turns with what is posted.
+  for (int handlers = 0; handlers < kMostHandlers && m_io.poll_one() != 0; ++handlers) {
+  }
   m_alarms.Fire();
   DrainKept();
   // Only those that are there now: one that posts itself again takes turns with everything else.

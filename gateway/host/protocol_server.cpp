@@ -10,6 +10,11 @@ namespace tav::gateway {
 
 namespace {
 
+vorn::cUnit* Unit() {
+  static vorn::cUnit* const unit = vorn::cUnit::Find("UnitGateway");
+  return unit;
+}
+
 bool Send(const vorn::cMsg& request, unsigned int type, const vorn::cRecord& record) {
   if (request.GetReplyChannel() == nullptr) return true;
   vorn::cMsg answer(type);
@@ -45,9 +50,12 @@ bool cProtocolServer::DispatchMessage(const vorn::cMsg& msg) {
 void cProtocolServer::Answer(const vorn::cMsg& request, const vorn::cRecord& record) {
   const cProtocolMessage* row = m_protocol.Find(request.GetType());
   const unsigned int type = row != nullptr && row->answer != 0 ? row->answer : request.GetType() + 1;
-  if (Send(request, type, record)) return;
-  if (request.GetReplyChannel()->IsOpen() && record.GetBytes().size() > vorn::kMaxFrameSize / 2)
+  if (Send(request, type, record) || !request.GetReplyChannel()->IsOpen()) return;
+  if (record.GetBytes().size() > vorn::kMaxFrameSize / 2)
     Refuse(request, "the answer does not fit one message");
+  else
+    vorn::Trace(Unit(), 4, GetName(), ": ", request.GetReplyChannel()->GetPeer().ToString(),
+                " does not read its answers, one is lost");
 }
 
 void cProtocolServer::Refuse(const vorn::cMsg& request, const std::string& reason) {

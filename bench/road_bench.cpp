@@ -65,23 +65,29 @@ bool TakeLoad(const std::string& directory, const cChild& service, const cLoadSh
 void Road(benchmark::State& state, eDurability durability, cLoadShape shape) {
   const cTempFolder folder;
   const cPlacement placement(ePlace::OneCore);
-  cBareStore bare(folder.File("bare.db"), durability);
+  cBareStore bare(folder.File("bare.db"), durability, 1);
+  cBareStore batched(folder.File("batched.db"), durability, cBareStore::kValues);
   const cChild service({TAV_GATEWAY, "data", "--dir", folder.GetPath(), "--durability",
                         durability == eDurability::Full ? "full" : "normal"});
-  cRounds rates, cpus;
+  cRounds rates, batchedRates, cpus, batchedCpus;
   std::vector<double> serviceCpus;
   for (auto _ : state)
     for (int round = 0; round < kRounds; ++round) {
       cResult ours;
       const cResult limit = TakeBare(bare, shape);
+      const cResult batchedLimit = TakeBare(batched, shape);
       if (!TakeLoad(folder.GetPath(), service, shape, round, ours)) return state.SkipWithError("a driver was refused");
       if (!AwaitRest(service.GetPid(), kIdleMs)) return state.SkipWithError("the service did not come to rest");
       rates.Add(ours.rate, limit.rate);
+      batchedRates.Add(ours.rate, batchedLimit.rate);
       cpus.Add(ours.cpu, limit.cpu);
+      batchedCpus.Add(ours.cpu, batchedLimit.cpu);
       serviceCpus.push_back(ours.serviceCpu);
     }
   rates.ReportParts(state, "", "1/s");
+  Report(state, "part_of_batched", batchedRates.GetPart(), "1");
   cpus.ReportCosts(state, "cpu", "us");
+  Report(state, "cpu_batched", Median(batchedCpus.limit), "us");
   Report(state, "cpu_service", Median(serviceCpus), "us");
 }
 

@@ -20,12 +20,20 @@ SQLite::Database Open(const std::string& file, data::eDurability durability) {
   return database;
 }
 
-template <typename... Numbers>
-void Run(SQLite::Statement& statement, Numbers... numbers) {
-  int index = 0;
-  (statement.bind(++index, numbers), ...);
+void Run(SQLite::Statement& statement) {
   statement.exec();
   statement.reset();
+}
+
+// The next parameter is the first one again.
+void Run(SQLite::Statement& statement, int& index) {
+  Run(statement);
+  index = 0;
+}
+
+template <typename... Numbers>
+void Bind(SQLite::Statement& statement, int& index, Numbers... numbers) {
+  (statement.bind(++index, numbers), ...);
 }
 
 // Four digits and one behind the point, packed.
@@ -35,15 +43,16 @@ std::int64_t PackedValue(std::int64_t time, unsigned int value) {
 
 }  // namespace
 
-cBareStore::cBareStore(const std::string& file, data::eDurability durability)
-    : m_database(Open(file, durability)),
+cBareStore::cBareStore(const std::string& file, data::eDurability durability, unsigned int rows)
+    : m_rows(rows),
+      m_database(Open(file, durability)),
       m_begin(m_database, "BEGIN IMMEDIATE"),
       m_commit(m_database, "COMMIT"),
       m_reading(m_database, "INSERT INTO reading VALUES(?,?,0,?,?,?,0)"),
-      m_value(m_database, "INSERT INTO value VALUES(?,?,?,?,?,NULL)"),
-      m_series(m_database,
-               "INSERT INTO series VALUES(?,?,?,?,?,?) ON CONFLICT(meter, obis) DO UPDATE SET "
-               "count=count+excluded.count, time=excluded.time, value=excluded.value, form=excluded.form") {}
+      m_values(m_database, "INSERT INTO value VALUES", "(?,?,?,?,?,NULL)"),
+      m_series(m_database, "INSERT INTO series VALUES", "(?,?,?,?,?,?)",
+               " ON CONFLICT(meter, obis) DO UPDATE SET count=count+excluded.count, time=excluded.time, "
+               "value=excluded.value, form=excluded.form") {}
 
 void cBareStore::Store(unsigned int meters, unsigned int readings) {
   Run(m_begin);
@@ -55,14 +64,23 @@ void cBareStore::Store(unsigned int meters, unsigned int readings) {
 }
 
 void cBareStore::StoreReading(std::int64_t meter, std::int64_t time) {
-  Run(m_reading, meter, time, kSome, kSome, time);
-  for (unsigned int value = 1; value <= kValues; ++value)
-    Run(m_value, meter, time, value, PackedValue(time, value), kSome);
+  SQLite::Statement& values = m_values.For(m_rows);
+  int index = 0;
+  Bind(m_reading, index, meter, time, kSome, kSome, time);
+  Run(m_reading, index);
+  for (unsigned int value = 1; value <= kValues; ++value) {
+    Bind(values, index, meter, time, value, PackedValue(time, value), kSome);
+    if (value % m_rows == 0) Run(values, index);
+  }
 }
 
 void cBareStore::UpdateSeries(std::int64_t meter, std::int64_t time, unsigned int readings) {
-  for (unsigned int value = 1; value <= kValues; ++value)
-    Run(m_series, meter, value, readings, time, PackedValue(time, value), kSome);
+  SQLite::Statement& series = m_series.For(m_rows);
+  int index = 0;
+  for (unsigned int value = 1; value <= kValues; ++value) {
+    Bind(series, index, meter, value, readings, time, PackedValue(time, value), kSome);
+    if (value % m_rows == 0) Run(series, index);
+  }
 }
 
 void cBareStore::Checkpoint() { m_database.exec("PRAGMA wal_checkpoint(PASSIVE)"); }

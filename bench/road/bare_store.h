@@ -11,6 +11,7 @@
 #include <string>
 
 #include <gateway/service/data/data_store.h>
+#include <gateway/service/data/row_statements.h>
 
 namespace tav::bench {
 
@@ -18,7 +19,8 @@ class cBareStore {
  public:
   static constexpr unsigned int kValues = 6;  // of a reading
 
-  cBareStore(const std::string& file, data::eDurability durability);
+  // rows: how many one statement inserts, 1 or kValues; 1 is how it is usually written, more costs less.
+  cBareStore(const std::string& file, data::eDurability durability, unsigned int rows);
 
   // One transaction: so many meters, of each so many readings a second apart, behind those that are there.
   void Store(unsigned int meters, unsigned int readings);
@@ -29,12 +31,13 @@ class cBareStore {
   void StoreReading(std::int64_t meter, std::int64_t time);
   void UpdateSeries(std::int64_t meter, std::int64_t time, unsigned int readings);
 
+  const unsigned int m_rows;
   SQLite::Database m_database;
   SQLite::Statement m_begin;
   SQLite::Statement m_commit;
   SQLite::Statement m_reading;
-  SQLite::Statement m_value;
-  SQLite::Statement m_series;
+  data::cRowStatements m_values;
+  data::cRowStatements m_series;
   std::int64_t m_time = 1'700'000'000;
 };
 

@@ -3,8 +3,19 @@
 
 #include <algorithm>
 #include <chrono>
+#include <utility>
 
 namespace tav::bench {
+
+namespace {
+
+double MedianRatio(const std::vector<double>& above, const std::vector<double>& below) {
+  std::vector<double> ratios;
+  for (std::size_t i = 0; i < above.size(); ++i) ratios.push_back(below[i] != 0 ? above[i] / below[i] : 0);
+  return Median(std::move(ratios));
+}
+
+}  // namespace
 
 double Now() { return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count(); }
 
@@ -20,27 +31,26 @@ void Report(benchmark::State& state, const std::string& name, double value, cons
   state.counters[name + " [" + unit + "]"] = value;
 }
 
+double cRounds::GetPart() const { return MedianRatio(ours, limit); }
+
 void cRounds::ReportAll(benchmark::State& state, const std::string& name, const std::string& unit,
-                        const std::string& ratio, const std::vector<double>& above,
-                        const std::vector<double>& below) const {
+                        const std::string& ratioName, double ratio) const {
   const std::string before = name.empty() ? "" : name + "_";
-  std::vector<double> ratios;
-  for (std::size_t i = 0; i < ours.size(); ++i) ratios.push_back(below[i] != 0 ? above[i] / below[i] : 0);
   Report(state, name, Median(ours), unit);
   Report(state, before + "limit", Median(limit), unit);
-  Report(state, before + ratio, Median(ratios), "1");
+  Report(state, before + ratioName, ratio, "1");
 }
 
 void cRounds::ReportCosts(benchmark::State& state, const std::string& name, const std::string& unit) const {
-  ReportAll(state, name, unit, "times_limit", ours, limit);
+  ReportAll(state, name, unit, "times_limit", MedianRatio(ours, limit));
 }
 
 void cRounds::ReportRates(benchmark::State& state, const std::string& name, const std::string& unit) const {
-  ReportAll(state, name, unit, "times_limit", limit, ours);
+  ReportAll(state, name, unit, "times_limit", MedianRatio(limit, ours));
 }
 
 void cRounds::ReportParts(benchmark::State& state, const std::string& name, const std::string& unit) const {
-  ReportAll(state, name, unit, "part_of_limit", ours, limit);
+  ReportAll(state, name, unit, "part_of_limit", GetPart());
 }
 
 }  // namespace tav::bench

@@ -34,6 +34,9 @@ struct cRounds {
     ours.push_back(our);
     limit.push_back(limiting);
   }
+  // Median of the part of the limit that is reached.
+  double GetPart() const;
+
   // "<name>", "<name>_limit" and the ratio of both, which is 1 at the limit.
   // Of costs (less is better): how many times the limit.
   void ReportCosts(benchmark::State& state, const std::string& name, const std::string& unit) const;
@@ -43,8 +46,8 @@ struct cRounds {
   void ReportParts(benchmark::State& state, const std::string& name, const std::string& unit) const;
 
  private:
-  void ReportAll(benchmark::State& state, const std::string& name, const std::string& unit, const std::string& ratio,
-                 const std::vector<double>& above, const std::vector<double>& below) const;
+  void ReportAll(benchmark::State& state, const std::string& name, const std::string& unit,
+                 const std::string& ratioName, double ratio) const;
 };
 
 // ---- work of nanoseconds to microseconds

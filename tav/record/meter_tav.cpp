@@ -107,10 +107,12 @@ bool cMeterTav::ObisIsDuedate(const std::string& obis) { return obis.find('*') !
 std::string cMeterTav::ObisHexform(const std::string& obis, int base) {
   constexpr char kSeparators[] = {'-', ':', '.', '.'};
   unsigned int groups[std::size(kSeparators) + 1] = {};
+  const bool known = base == 0 || (base >= 2 && base <= 36);  // a radix; no number is read in any other
   const char* at = obis.c_str();
   for (std::size_t i = 0; i < std::size(groups); ++i) {
     if (i != 0 && !SkipChar(at, kSeparators[i - 1])) return {};
-    char* end = const_cast<char*>(at);  // strtol leaves it alone for a radix it does not know
+    if (!known) continue;
+    char* end = nullptr;
     groups[i] = static_cast<unsigned int>(std::strtol(at, &end, base));
     at = end;
   }

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Readings between two processes over a channel, against a bare socket that carries the same bytes, in turns.
 #include <benchmark/benchmark.h>
-#include <unistd.h>
 
 #include <bench/channel/raw_link.h>
 #include <bench/channel/vorn_link.h>
@@ -26,7 +25,7 @@ struct cResult {
   double cpu = 0;  // microseconds a message, of both processes
 };
 
-double CpuOf(const cLink& link) { return CpuSeconds(getpid()) + CpuSeconds(link.GetServer()); }
+double CpuOf(const cLink& link) { return CpuNow() + CpuSeconds(link.GetServer()); }
 
 bool TakeRoundTrips(cLink& link, cResult& result) {
   std::vector<double> times;

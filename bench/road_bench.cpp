@@ -37,11 +37,11 @@ cResult Over(double readings, double seconds, double cpu, double serviceCpu) {
 
 cResult TakeBare(cBareStore& store, const cLoadShape& shape) {
   const double start = Now();
-  const double cpu = CpuSeconds(getpid());
+  const double cpu = CpuNow();
   double readings = 0;
   for (; Now() < start + kBareSeconds; readings += shape.drivers * shape.window)
     store.Store(shape.drivers, shape.window);
-  const cResult result = Over(readings, Now() - start, CpuSeconds(getpid()) - cpu, 0);
+  const cResult result = Over(readings, Now() - start, CpuNow() - cpu, 0);
   store.Checkpoint();
   return result;
 }

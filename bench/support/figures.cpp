@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <bench/support/figures.h>
 
+#include <time.h>
+
 #include <algorithm>
 #include <chrono>
 #include <utility>
@@ -18,6 +20,12 @@ double MedianRatio(const std::vector<double>& above, const std::vector<double>& 
 }  // namespace
 
 double Now() { return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count(); }
+
+double CpuNow() {
+  timespec used{};
+  clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &used);
+  return static_cast<double>(used.tv_sec) + static_cast<double>(used.tv_nsec) / 1e9;
+}
 
 double Percentile(std::vector<double> values, double part) {
   if (values.empty()) return 0;

@@ -3,8 +3,6 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
-#include <cerrno>
-#include <cstring>
 #include <optional>
 
 #include <tavctl/failure.h>
@@ -58,11 +56,13 @@ eExit cApplication::Run(std::vector<std::string> arguments) {
   } catch (const CLI::Success& asked) {
     m_app->exit(asked, m_streams.out, m_streams.err);
     return CheckOutput(eExitDone);
+  } catch (const CLI::ExtrasError&) {
+    return RefuseExtra(m_app->remaining(true).front());
   } catch (const CLI::ParseError& error) {
     return RefuseUsage(error.what());
   }
   cCommand* const command = FindChosen();
-  return command != nullptr ? CheckOutput(RunCommand(*command)) : RefuseUsage("");
+  return command != nullptr ? CheckOutput(RunCommand(*command)) : RefuseUsage("a command is missing");
 }
 
 cCommand* cApplication::FindChosen() const {
@@ -73,15 +73,16 @@ cCommand* cApplication::FindChosen() const {
 
 eExit cApplication::RefuseUsage(const std::string& text) const {
   const cCommand* const command = FindChosen();
-  const std::vector<std::string> unknown = m_app->remaining();
   const std::string program = command != nullptr ? std::string("tavctl ") + command->GetName() : "tavctl";
-  std::string said = text;
-  if (command == nullptr && !unknown.empty() && unknown.front().front() != '-')
-    said = "there is no command \"" + unknown.front() + "\"";
-  else if (said.empty())
-    said = "a command is missing";
-  m_streams.err << program << ": " << said << "; see " << program << " --help" << std::endl;
+  m_streams.err << program << ": " << text << "; see " << program << " --help" << std::endl;
   return eExitUsage;
+}
+
+// What stands in the command line and belongs to nothing.
+eExit cApplication::RefuseExtra(const std::string& word) const {
+  const bool isOption = word.size() > 1 && word.front() == '-';
+  if (FindChosen() != nullptr || isOption) return RefuseUsage("there is no option or place for \"" + word + "\"");
+  return RefuseUsage("there is no command \"" + word + "\"");
 }
 
 eExit cApplication::RunCommand(cCommand& command) {
@@ -101,10 +102,8 @@ eExit cApplication::RunCommand(cCommand& command) {
 }
 
 eExit cApplication::CheckOutput(eExit exit) const {
-  errno = 0;
   if (m_streams.out.flush()) return exit;
-  m_streams.err << "tavctl: cannot write the output" << (errno != 0 ? ": " : "")
-                << (errno != 0 ? std::strerror(errno) : "") << std::endl;
+  m_streams.err << "tavctl: cannot write the output" << std::endl;
   return eExitFile;
 }
 

@@ -23,6 +23,7 @@ class cApplication {
   void Describe();
   cCommand* FindChosen() const;
   eExit RefuseUsage(const std::string& text) const;
+  eExit RefuseExtra(const std::string& word) const;
   eExit RunCommand(cCommand& command);
   eExit CheckOutput(eExit exit) const;
 

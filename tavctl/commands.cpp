@@ -6,6 +6,7 @@
 #include <tavctl/last_command.h>
 #include <tavctl/meters_command.h>
 #include <tavctl/monitor_command.h>
+#include <tavctl/protocol_command.h>
 #include <tavctl/services_command.h>
 #include <tavctl/stats_command.h>
 #include <tavctl/store_command.h>
@@ -27,7 +28,7 @@ std::vector<std::unique_ptr<cCommand>> Make() {
 
 std::vector<std::unique_ptr<cCommand>> MakeCommands() {
   return Make<cServicesCommand, cMetersCommand, cLastCommand, cValuesCommand, cEventsCommand, cStoreCommand,
-              cStatsCommand, cWatchCommand, cMonitorCommand, cExplainCommand, cCompletionCommand>();
+              cStatsCommand, cWatchCommand, cMonitorCommand, cExplainCommand, cProtocolCommand, cCompletionCommand>();
 }
 
 }  // namespace tav::ctl

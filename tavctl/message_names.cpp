@@ -2,20 +2,11 @@
 #include <tavctl/message_names.h>
 
 #include <tav/framework/helper.h>
-#include <tav/service/db_ctrl_protocol.h>
+#include <tavctl/protocols.h>
 
 namespace tav::ctl {
 
-namespace {
-
-constexpr const cProtocol* kProtocols[] = {&db_ctrl::kProtocol};
-
-}  // namespace
-
-cMessageNames::cMessageNames(const std::string& service) {
-  for (const cProtocol* protocol : kProtocols)
-    if (protocol->GetService() == service) m_protocol = protocol;
-}
+cMessageNames::cMessageNames(const std::string& service) : m_protocol(FindProtocol(service)) {}
 
 std::string cMessageNames::NameOf(unsigned int type) const {
   return m_protocol != nullptr ? MessageName(*m_protocol, type) : vorn::FormatString("0x%x", type);

@@ -20,7 +20,7 @@ class cMessageNames {
   std::string FaultOf(const vorn::cMsg& msg) const;
 
  private:
-  const cProtocol* m_protocol = nullptr;
+  const cProtocol* m_protocol;
 };
 
 }  // namespace tav::ctl

@@ -3,7 +3,6 @@
 
 #include <tavctl/failure.h>
 #include <tavctl/interrupt.h>
-#include <tavctl/monitor_view.h>
 #include <tavctl/options.h>
 #include <tavctl/service_link.h>
 #include <tavctl/utf8.h>
@@ -17,22 +16,21 @@ constexpr unsigned int kTurnMs = 60'000;
 }  // namespace
 
 void cMonitorCommand::AddOptions(CLI::App& app) {
-  AddArgument(app, "SERVICE", m_service, "Name of the service; see tavctl services", eNeed::Required);
-  AddText(app, "--filter", m_filter, "Only messages with this text in their name or in a parameter's name");
-  AddNumber(app, "--count", m_count, "End after so many messages, 0: never (default 0)");
-  AddFlag(app, "--secrets", m_secrets, "Show the values of parameters named key or password");
+  AddArgument(app, "SERVICE", m_options.service, "Name of the service; see tavctl services", eNeed::Required);
+  AddText(app, "--filter", m_options.filter, "Only messages with this text in their name or in a parameter's name");
+  AddNumber(app, "--count", m_options.count, "End after so many messages, 0: never (default 0)");
+  AddFlag(app, "--secrets", m_options.secrets, "Show the values of parameters named key or password");
 }
 
 eExit cMonitorCommand::Run(cContext& context) {
   cInterrupt interrupt(context);
-  cMonitorView view(context, m_service, cMessageFilter(m_filter),
-                    m_secrets ? cRecordText::eSecrets::Show : cRecordText::eSecrets::Mask);
+  cMonitorView view(context, m_options);
   AwaitConnection(context, view);
-  const auto isDone = [&] { return !view.GetRefusal().empty() || (m_count != 0 && view.CountShown() >= m_count); };
+  const auto isDone = [&] { return view.IsComplete() || !view.GetRefusal().empty(); };
   while (!isDone() && !context.interrupted) context.Await(isDone, kTurnMs);
   if (!view.GetRefusal().empty())
     throw cFailure(eExitRefused,
-                   "service '" + m_service + "' does not show its messages: " + ForTerminal(view.GetRefusal()));
+                   "service '" + m_options.service + "' does not show its messages: " + ForTerminal(view.GetRefusal()));
   view.End();
   return eExitDone;
 }

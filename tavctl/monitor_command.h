@@ -2,9 +2,8 @@
 // tavctl monitor: the messages between a service and its clients, as they travel.
 #pragma once
 
-#include <cstdint>
-
 #include <tavctl/command.h>
+#include <tavctl/monitor_view.h>
 
 namespace tav::ctl {
 
@@ -15,10 +14,7 @@ class cMonitorCommand final : public cCommand {
   eExit Run(cContext& context) override;
 
  private:
-  std::string m_service;
-  std::string m_filter;
-  std::uint64_t m_count = 0;
-  bool m_secrets = false;
+  cMonitorOptions m_options;
 };
 
 }  // namespace tav::ctl

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <tavctl/monitor_view.h>
 
+#include <limits>
 #include <nlohmann/json.hpp>
 
 #include <tav/framework/helper.h>
@@ -18,35 +19,29 @@ std::string Now() { return FormatTime(vorn::cTime::Now().GetSeconds()); }
 
 }  // namespace
 
-cMonitorView::cMonitorView(cContext& context, const std::string& service, const cMessageFilter& filter,
-                           cRecordText::eSecrets secrets)
-    : cScmMonitor(&context.service, service),
+cMonitorView::cMonitorView(cContext& context, const cMonitorOptions& options)
+    : cScmMonitor(&context.service, options.service),
       m_context(context),
-      m_names(service),
-      m_filter(filter),
-      m_text(secrets),
-      m_json(context.streams.out, {}) {}
+      m_names(options.service),
+      m_filter(options.filter),
+      m_text(options.secrets ? cRecordText::eSecrets::Show : cRecordText::eSecrets::Mask),
+      m_json(context.streams.out, {}),
+      m_left(options.count != 0 ? options.count : std::numeric_limits<std::uint64_t>::max()) {}
 
 void cMonitorView::End() {
   if (m_context.json) m_json.End();
 }
 
-void cMonitorView::OnWatching() {
-  m_watching = true;
-  m_context.Note("watching service '" + GetName() + "'");
-}
+void cMonitorView::OnWatching() { m_context.Note("watching service '" + GetName() + "'"); }
 
 void cMonitorView::OnRefused(const std::string& reason) { m_refusal = reason; }
 
-void cMonitorView::OnClose() {
-  m_watching = false;
-  m_context.Note("service '" + GetName() + "' has ended; waiting for it");
-}
+void cMonitorView::OnClose() { m_context.Note("service '" + GetName() + "' has ended; waiting for it"); }
 
 void cMonitorView::OnMirrored(const vorn::cScmMirrored& mirrored) {
   const std::string name = m_names.NameOf(mirrored.msg.GetType());
-  if (!m_filter.Wants(name, mirrored.msg.Record())) return;
-  ++m_shown;
+  if (m_left == 0 || !m_filter.Wants(name, mirrored.msg.Record())) return;
+  --m_left;
   if (m_context.json)
     ShowJson(mirrored, name, m_names.FaultOf(mirrored.msg));
   else

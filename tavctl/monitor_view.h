@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// cMonitorView: watches one service and shows each message that is wanted, by name, with all its parameters.
+// cMonitorView: watches one service and shows each message that is wanted: its name, its parameters,
+// and what it lacks.
 #pragma once
 
 #include <cstdint>
@@ -14,13 +15,19 @@
 
 namespace tav::ctl {
 
+struct cMonitorOptions {
+  std::string service;
+  std::string filter;       // see cMessageFilter
+  std::uint64_t count = 0;  // messages to show, 0: no end
+  bool secrets = false;     // show them
+};
+
 class cMonitorView final : public vorn::cScmMonitor {
  public:
-  cMonitorView(cContext& context, const std::string& service, const cMessageFilter& filter,
-               cRecordText::eSecrets secrets);
+  cMonitorView(cContext& context, const cMonitorOptions& options);
 
-  std::uint64_t CountShown() const { return m_shown; }
-  bool IsWatching() const { return m_watching; }
+  // As many messages were shown as were asked for.
+  bool IsComplete() const { return m_left == 0; }
   // Empty, or why the service does not show its messages.
   const std::string& GetRefusal() const { return m_refusal; }
   // Ends the output.
@@ -40,8 +47,7 @@ class cMonitorView final : public vorn::cScmMonitor {
   cMessageFilter m_filter;
   cRecordText m_text;
   cJsonRows m_json;
-  std::uint64_t m_shown = 0;
-  bool m_watching = false;
+  std::uint64_t m_left;
   std::string m_refusal;
 };
 

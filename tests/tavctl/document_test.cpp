@@ -1,0 +1,41 @@
+// SPDX-License-Identifier: Apache-2.0
+// docs/tavctl.md tells of everything that tavctl has.
+#include <CLI/CLI.hpp>
+#include <fstream>
+
+#include <tests/tavctl/tavctl_world.h>
+
+namespace tav::ctl {
+namespace {
+
+using testing::HasSubstr;
+
+std::string Page() {
+  std::ifstream in(TAV_SOURCE_DIR "/docs/tavctl.md");
+  return {std::istreambuf_iterator<char>(in), {}};
+}
+
+TEST(Document, NamesEveryCommandWithItsOptions) {
+  const std::string page = Page();
+  for (const auto& command : MakeCommands()) {
+    CLI::App app;
+    app.set_help_flag();
+    CLI::App* const options = app.add_subcommand(command->GetName());
+    command->AddOptions(*options);
+    const std::string usage = std::string("| `") + command->GetName();
+    const std::size_t row = page.find(usage);
+    ASSERT_NE(row, std::string::npos) << usage;
+    const std::string line = page.substr(row, page.find('\n', row) - row);
+    for (const CLI::Option* option : options->get_options()) EXPECT_THAT(line, HasSubstr(option->get_name()));
+  }
+}
+
+TEST(Document, NamesEveryExitCode) {
+  const std::string page = Page();
+  for (const cExitCode& exit : kExitCodes)
+    EXPECT_THAT(page, HasSubstr("| " + std::to_string(exit.code) + " | " +
+                                std::string(exit.meaning.substr(0, exit.meaning.find(':')))));
+}
+
+}  // namespace
+}  // namespace tav::ctl

@@ -114,12 +114,12 @@ TEST(DbCtrlProtocol, RequestsAskForWhatTheirClientSends) {
       {0x51190, {"name text?"}},
       {0x51193, {"metertemplate-record record"}},
       {0x51196, {"idx uint64", "name text"}},
-      {0x51200, {}},
-      {0x51203, {"meterID text?"}},
+      {0x51200, {"maxlen uint?", "after data?"}},
+      {0x51203, {"meterID text?", "maxlen uint?", "after data?"}},
       {0x51206, {"meterID text", "obis-id text?", "fromUTC uint?", "toUTC uint?", "maxlen uint?", "after data?"}},
       {0x51207, {"row record*", "next data?"}},
-      {0x51209, {"fromUTC uint?", "toUTC uint?", "maxlen uint?"}},
-      {0x5120c, {"store text?"}},
+      {0x51209, {"fromUTC uint?", "toUTC uint?", "maxlen uint?", "after data?"}},
+      {0x5120c, {"store text?", "maxlen uint?", "after data?"}},
       {0x5120f, {}},
   };
   for (const auto& [id, parameters] : kExpected) EXPECT_EQ(Asked(id), parameters) << std::hex << id;

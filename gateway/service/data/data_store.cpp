@@ -174,8 +174,8 @@ cFault cDataStore::CheckLog() {
                             " pages and cannot be emptied while another process keeps a transaction open"};
 }
 
-// A file that fails is kept for a while: when its log is read again, what was refused last could turn up. One that fails
-// again and again may be another one by now, of a disk that was taken out and put back.
+// A file that fails is kept for a while: when its log is read again, what was refused last could turn up. One that
+// fails again and again may be another one by now, of a disk that was taken out and put back.
 void cDataStore::Recover(eFault kind) {
   if (m_connection == nullptr) return;
   const bool passes = kind == eFault::Busy || kind == eFault::Full || kind == eFault::Moved;

@@ -2,6 +2,7 @@
 #include <tavctl/completion_command.h>
 
 #include <CLI/CLI.hpp>
+#include <set>
 
 #include <tavctl/failure.h>
 #include <tavctl/options.h>
@@ -10,26 +11,31 @@ namespace tav::ctl {
 
 namespace {
 
-// What completes an argument of that name: words that a command prints, or files.
+// The command that lists what an argument of that name may be.
 struct cArgument {
   std::string_view name;
-  std::string_view words;
+  std::string_view list;
 };
 
-constexpr cArgument kArguments[] = {
-    {"METER", "$(_tavctl_first meters)"},
-    {"SERVICE", "$(_tavctl_first services)"},
-    {"NAME", "$(_tavctl_first store)"},
-    {"SHELL", "bash"},
-};
+constexpr cArgument kArguments[] = {{"METER", "meters"}, {"SERVICE", "services"}, {"NAME", "store"}};
 
-// The first column of a list without its title, asked in the directory that the line names.
-constexpr const char* kHead = R"(# bash completion of tavctl, made by: tavctl completion bash
+// Names come from meters: they are compared and quoted, and never expanded by the shell.
+constexpr const char* kHead = R"bash(# bash completion of tavctl, made by: tavctl completion bash
 _tavctl_first() {
-  tavctl "${directory[@]}" --timeout 1 "$1" 2>/dev/null | sed -e 1d -e 's/  .*//'
+  "${COMP_WORDS[0]}" "${directory[@]}" --timeout 1 "$1" 2>/dev/null | sed -e 1d -e 's/  .*//'
+}
+_tavctl_offer() {
+  local word
+  while IFS= read -r word; do
+    [[ $word != "$current"* ]] || COMPREPLY+=("$(printf %q "$word")")
+  done
+}
+_tavctl_files() {
+  compopt -o filenames 2>/dev/null
+  mapfile -t COMPREPLY < <(compgen "$1" -- "$current")
 }
 _tavctl() {
-  local current=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD-1]} command= words= i
+  local current=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD-1]} command='' words='' list='' i
   local -a directory=()
   for ((i = 1; i < COMP_CWORD; ++i)); do
     case ${COMP_WORDS[i]} in
@@ -41,57 +47,80 @@ _tavctl() {
   done
   COMPREPLY=()
   case $previous in
-    --dir) mapfile -t COMPREPLY < <(compgen -d -- "$current"); return ;;
-)";
+    --dir) _tavctl_files -d; return ;;
+)bash";
 
-constexpr const char* kTail = R"(  esac
-  mapfile -t COMPREPLY < <(compgen -W "$words" -- "$current")
+constexpr const char* kTail = R"bash(  esac
+  [[ $current != -* ]] || list=
+  if [ "$list" = files ]; then
+    _tavctl_files -f
+  else
+    _tavctl_offer < <(printf '%s\n' $words; [ -z "$list" ] || _tavctl_first "$list")
+  fi
 }
 complete -F _tavctl tavctl
-)";
+)bash";
 
-std::string LongName(const CLI::Option& option) { return "--" + option.get_lnames().front(); }
+std::string LongName(const CLI::Option& option) {
+  return option.get_lnames().empty() ? std::string() : "--" + option.get_lnames().front();
+}
 
-std::string OptionWords(const CLI::App& app) {
-  std::string words;
+using Words = std::set<std::string>;
+
+void AddOptionWords(const CLI::App& app, Words& words) {
   for (const CLI::Option* option : app.get_options())
-    if (!option->get_lnames().empty()) words += LongName(*option) + " ";
-  return words;
+    if (const std::string name = LongName(*option); !name.empty()) words.insert(name);
 }
 
 // Options whose value only its user knows.
-std::string ValuePattern(const CLI::App& app) {
-  std::string pattern;
-  std::vector<const CLI::App*> all = app.get_subcommands({});
-  all.push_back(&app);
-  for (const CLI::App* one : all)
-    for (const CLI::Option* option : one->get_options())
-      if (!option->get_lnames().empty() && option->get_items_expected_max() != 0 && LongName(*option) != "--dir")
-        pattern += (pattern.empty() ? "" : "|") + LongName(*option);
-  return pattern;
+void AddValueOptions(const CLI::App& app, Words& words) {
+  for (const CLI::Option* option : app.get_options())
+    if (const std::string name = LongName(*option);
+        !name.empty() && name != "--dir" && option->get_items_expected_max() != 0)
+      words.insert(name);
 }
 
-std::string Case(const CLI::App& command, const std::string& common) {
-  std::string words = common + OptionWords(command), files;
-  for (const CLI::Option* option : command.get_options([](const CLI::Option* one) { return one->get_positional(); })) {
-    if (option->get_name(true) == "FILE") files = "mapfile -t COMPREPLY < <(compgen -f -- \"$current\"); ";
-    for (const cArgument& argument : kArguments)
-      if (argument.name == option->get_name(true)) words += std::string(argument.words);
-  }
-  const std::string assign = "words=\"" + words + "\" ;;\n";
-  if (files.empty()) return "    " + command.get_name() + ") " + assign;
-  return "    " + command.get_name() + ") [[ $current == -* ]] || { " + files + "return; }; " + assign;
+std::string Joined(const Words& words, const char* separator) {
+  std::string text;
+  for (const std::string& word : words) text += (text.empty() ? "" : separator) + word;
+  return text;
+}
+
+// What stands in place of an option: a list to ask for, "files", or a word.
+std::string ArgumentWords(const CLI::Option& argument) {
+  const std::string name = argument.get_name(true);
+  if (name == "FILE") return " list=files";
+  if (name == "SHELL") return " words+=\" bash\"";
+  for (const cArgument& known : kArguments)
+    if (known.name == name) return " list=" + std::string(known.list);
+  return "";
+}
+
+std::string Case(const std::string& name, const Words& words, const std::string& argument) {
+  return "    " + name + ") words=\"" + Joined(words, " ") + "\"" + argument + " ;;\n";
+}
+
+std::string CommandCase(const CLI::App& command, Words words) {
+  AddOptionWords(command, words);
+  std::string argument;
+  for (const CLI::Option* option : command.get_options())
+    if (option->get_positional()) argument += ArgumentWords(*option);
+  return Case(command.get_name(), words, argument);
 }
 
 std::string BashScript(const CLI::App& app) {
-  const std::string common = OptionWords(app);
-  std::string script = kHead, names;
-  script += "    " + ValuePattern(app) + ") return ;;\n  esac\n  case $command in\n";
+  Words common, values;
+  AddOptionWords(app, common);
+  AddValueOptions(app, values);
+  std::string cases;
+  Words first = common;
   for (const CLI::App* command : app.get_subcommands({})) {
-    script += Case(*command, common);
-    names += command->get_name() + " ";
+    cases += CommandCase(*command, common);
+    AddValueOptions(*command, values);
+    first.insert(command->get_name());
   }
-  return script + "    '') words=\"" + common + names + "\" ;;\n" + kTail;
+  return kHead + ("    " + Joined(values, "|") + ") return ;;\n  esac\n  case $command in\n") + cases +
+         Case("''", first, "") + kTail;
 }
 
 }  // namespace

@@ -46,7 +46,19 @@ bool cServiceLink::DispatchMessage(const vorn::cMsg& msg) {
 std::string cServiceLink::Describe(const std::string& what) const { return "service '" + GetName() + "' " + what; }
 
 vorn::cRecord cServiceLink::Ask(unsigned int type, const vorn::cRecord& request) {
-  const std::string name = MessageName(m_protocol, type);
+  const std::string question = MessageName(m_protocol, type);
+  SendQuestion(type, request);
+  AwaitAnswer(question);
+  const cProtocolMessage* const asked = m_protocol.Find(type);
+  const unsigned int answered = m_answer->GetType();
+  const vorn::cRecord& record = m_answer->Record();
+  if (answered == asked->answer) return record;
+  throw cFailure(eExitRefused, Describe(answered == asked->refusal
+                                            ? "refused " + question + ": " + ForTerminal(record.GetTextPar(kReason))
+                                            : "answered " + question + " with " + MessageName(m_protocol, answered)));
+}
+
+void cServiceLink::SendQuestion(unsigned int type, const vorn::cRecord& request) {
   m_question.Create();
   m_answer.reset();
   m_lost = false;
@@ -54,18 +66,15 @@ vorn::cRecord cServiceLink::Ask(unsigned int type, const vorn::cRecord& request)
   msg.SetId(m_question);
   msg.Record() = request;
   if (Send(msg) < 1) throw cFailure(eExitUnreachable, Describe("is not connected"));
+}
+
+void cServiceLink::AwaitAnswer(const std::string& question) {
   m_context.Await([this] { return m_answer.has_value() || m_lost; }, m_context.timeoutMs);
-  if (!m_answer && m_lost) throw cFailure(eExitUnreachable, Describe("ended before it answered " + name));
-  if (!m_answer && m_context.interrupted) throw cFailure(eExitDone, "");
-  if (!m_answer)
-    throw cFailure(eExitUnreachable,
-                   Describe("did not answer " + name + " within " + Seconds(m_context.timeoutMs) + "; see --timeout"));
-  const cProtocolMessage* const asked = m_protocol.Find(type);
-  if (m_answer->GetType() == asked->answer) return m_answer->Record();
-  throw cFailure(eExitRefused,
-                 Describe(m_answer->GetType() == asked->refusal
-                              ? "refused " + name + ": " + ForTerminal(m_answer->Record().GetTextPar(kReason))
-                              : "answered " + name + " with " + MessageName(m_protocol, m_answer->GetType())));
+  if (m_answer) return;
+  if (m_lost) throw cFailure(eExitUnreachable, Describe("ended before it answered " + question));
+  if (m_context.interrupted) throw cFailure(eExitDone, "");
+  throw cFailure(eExitUnreachable, Describe("did not answer " + question + " within " + Seconds(m_context.timeoutMs) +
+                                            "; see --timeout"));
 }
 
 }  // namespace tav::ctl

@@ -26,6 +26,8 @@ class cServiceLink final : public vorn::cScmServiceIO {
   bool DispatchMessage(const vorn::cMsg& msg) override;
 
  private:
+  void SendQuestion(unsigned int type, const vorn::cRecord& request);
+  void AwaitAnswer(const std::string& question);
   std::string Describe(const std::string& what) const;
 
   cContext& m_context;

@@ -60,6 +60,13 @@ TEST_F(CompletionCommand, OffersWhatIsInTheGateway) {
   EXPECT_THAT(Offers(InDirectory("store e")), ElementsAre("ehzif"));
 }
 
+TEST_F(CompletionCommand, NeverLetsTheShellRunWhatAMeterIsCalled) {
+  Store(Reading("$(touch${IFS}" + m_folder.File("run") + ")", kNoon, {{"1-0:1.8.0", "5"}}));
+  const std::vector<std::string> offers = Offers(InDirectory("last ''"));
+  EXPECT_THAT(offers, Contains(testing::StartsWith("\\$\\(touch"))) << "quoted for the command line";
+  EXPECT_FALSE(std::filesystem::exists(m_folder.File("run")));
+}
+
 TEST_F(CompletionCommand, OffersFilesToExplain) {
   std::ofstream(m_folder.File("capture.bin")) << "x";
   EXPECT_THAT(Offers("tavctl explain " + m_folder.File("cap")), ElementsAre(m_folder.File("capture.bin")));

@@ -7,7 +7,9 @@
 
 #include <asio.hpp>
 #include <csignal>
+#include <map>
 #include <optional>
+#include <vector>
 
 #include "detail/alarm.h"
 #include "detail/loop.h"
@@ -86,19 +88,58 @@ cWatch::cWatch(cService* service, int descriptor, eEvent event, std::function<vo
 
 cWatch::~cWatch() { m_state->Stop(); }
 
+namespace {
+
+// How many watches a signal has, and whether it was blocked before the first: watches may end in any order.
+struct cBlocked {
+  unsigned int watches = 0;
+  bool before = false;
+};
+
+std::map<int, cBlocked>& BlockedSignals() {
+  static auto* blocked = new std::map<int, cBlocked>;
+  return *blocked;
+}
+
+void SetBlocked(int signal, bool block) {
+  sigset_t set;
+  sigemptyset(&set);
+  sigaddset(&set, signal);
+  pthread_sigmask(block ? SIG_BLOCK : SIG_UNBLOCK, &set, nullptr);
+}
+
+void Block(int signal) {
+  cBlocked& blocked = BlockedSignals()[signal];
+  if (blocked.watches++ != 0) return;
+  sigset_t present;
+  pthread_sigmask(SIG_SETMASK, nullptr, &present);
+  blocked.before = sigismember(&present, signal) == 1;
+  SetBlocked(signal, true);
+}
+
+void Unblock(int signal) {
+  cBlocked& blocked = BlockedSignals()[signal];
+  if (--blocked.watches == 0 && !blocked.before) SetBlocked(signal, false);
+}
+
+}  // namespace
+
 struct cSignalWatch::cState {
   int descriptor = -1;
-  sigset_t before{};
+  std::vector<int> signals;
   std::optional<cWatch> watch;
 };
 
 cSignalWatch::cSignalWatch(cService* service, std::initializer_list<int> signals,
                            std::function<void(int signal)> onSignal)
     : m_state(std::make_unique<cState>()) {
+  m_state->signals = signals;
   sigset_t set;
   sigemptyset(&set);
-  for (const int signal : signals) sigaddset(&set, signal);
-  pthread_sigmask(SIG_BLOCK, &set, &m_state->before);
+  for (const int signal : signals) {
+    sigaddset(&set, signal);
+    Block(signal);
+  }
   const int descriptor = m_state->descriptor = signalfd(-1, &set, SFD_NONBLOCK | SFD_CLOEXEC);
   m_state->watch.emplace(service, descriptor, cWatch::eEvent::Read, [descriptor, onSignal = std::move(onSignal)] {
     signalfd_siginfo info{};
@@ -110,7 +151,7 @@ cSignalWatch::cSignalWatch(cService* service, std::initializer_list<int> signals
 cSignalWatch::~cSignalWatch() {
   m_state->watch.reset();
   if (m_state->descriptor >= 0) close(m_state->descriptor);
-  pthread_sigmask(SIG_SETMASK, &m_state->before, nullptr);
+  for (const int signal : m_state->signals) Unblock(signal);
 }
 
 }  // namespace vorn

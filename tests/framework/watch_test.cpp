@@ -102,4 +102,13 @@ TEST_F(Watch, SignalsArriveThroughTheLoop) {
   EXPECT_FALSE(sigismember(&mask, SIGTERM)) << "the mask is restored";
 }
 
+TEST_F(Watch, SignalWatchesMayEndInAnyOrder) {
+  int seen = 0;
+  auto first = std::make_unique<vorn::cSignalWatch>(&service, std::initializer_list<int>{SIGINT}, [](int) {});
+  vorn::cSignalWatch second(&service, {SIGINT}, [&](int signal) { seen = signal; });
+  first.reset();
+  raise(SIGINT);  // still blocked: it would end this process
+  EXPECT_TRUE(PollUntil(service, [&] { return seen == SIGINT; }));
+}
+
 }  // namespace

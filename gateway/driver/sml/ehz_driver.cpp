@@ -19,6 +19,7 @@ namespace {
 const std::string kDriver = "ehzif";
 const std::string kProtocol = "SML";
 constexpr std::size_t kSlice = 256;            // of a waiting input: less than two telegrams
+constexpr unsigned int kFirstWaitMs = 500;     // of an input that can wait, for the service to be connected
 constexpr unsigned int kSignalWaitMs = 2000;   // for acknowledgements after a signal
 constexpr std::size_t kMostMetersKept = 4096;  // whose last storage time is remembered
 
@@ -50,10 +51,14 @@ cEhzDriver::cEhzDriver(const cEhzOptions& options, const cObisMap& rules, std::s
       m_reader(*this),
       m_feed(m_reader),
       m_delivery(this, kDriver, [this] { OnProgress(); }),
+      m_begin(this),
       m_giveUp(this) {
   AddDlmsUnits();
   m_signals.emplace(this, std::initializer_list<int>{SIGTERM, SIGINT}, [this](int signal) { OnSignal(signal); });
   m_input = MakeInput();
+  if (!m_input->CanWait()) return;
+  m_input->Pause();
+  m_begin.Start(kFirstWaitMs, eBegin);
 }
 
 cEhzDriver::~cEhzDriver() = default;
@@ -69,6 +74,8 @@ int cEhzDriver::Work() {
 bool cEhzDriver::DispatchMessage(const vorn::cMsg& msg) {
   if (msg.GetType() == eGiveUp) {
     GiveUp();
+  } else if (msg.GetType() == eBegin) {
+    FeedPending();
   } else if (msg.GetType() == eInputTimer && m_options.simulated) {
     static_cast<cSimulatedInput&>(*m_input).OnTimer();
   } else if (msg.GetType() == eInputTimer) {
@@ -129,21 +136,24 @@ void cEhzDriver::OnProgress() {
 // As long as the service keeps up; the rest waits for its answers.
 void cEhzDriver::FeedPending() {
   if (!m_input) return;  // called while the delivery is made
+  for (; !m_held.empty() && HasRoom(); m_held.pop_front()) m_delivery.Deliver(m_held.front());
   std::size_t at = 0;
-  while (at < m_pending.size() && m_delivery.GetOpen() < cDelivery::kWindow) {
+  while (at < m_pending.size() && HasRoom()) {
     const std::size_t slice = std::min(kSlice, m_pending.size() - at);
     m_feed.Feed({m_pending.data() + at, slice});
     at += slice;
   }
   m_pending.erase(0, at);
-  if (m_input->CanWait() && !m_inputEnded) HoldInput();
-  EndWhenDone();
+  if (m_inputEnded)
+    EndWhenDone();
+  else if (m_input->CanWait())
+    HoldInput();
 }
 
 void cEhzDriver::HoldInput() {
   if (!m_feed.GetFault().empty()) {
     OnInputEnd({});
-  } else if (m_pending.empty() && m_delivery.GetOpen() < cDelivery::kWindow) {
+  } else if (m_pending.empty() && HasRoom()) {
     m_input->Resume();
   } else {
     m_input->Pause();
@@ -192,21 +202,19 @@ void cEhzDriver::FailInput(const std::string& why) {
 
 void cEhzDriver::OnSignal(int signal) {
   vorn::Trace(DriverUnit(), 8, "signal ", signal);
-  if (m_ending || m_delivery.GetOpen() == 0) {
-    Stop();
-    return;
-  }
-  m_ending = true;
-  m_inputEnded = true;
+  m_inputEnded = true;  // what still comes in this turn is not taken any more
   m_pending.clear();
-  m_giveUp.Start(kSignalWaitMs, eGiveUp);
+  m_held.clear();
+  if (std::exchange(m_ending, true) || m_delivery.GetOpen() == 0)
+    Stop();
+  else
+    m_giveUp.Start(kSignalWaitMs, eGiveUp);
 }
 
 void cEhzDriver::EndWhenDone() {
-  if (!m_inputEnded || !m_pending.empty()) return;
-  m_feed.Finish();
+  if (m_pending.empty()) m_feed.Finish();
   if (!m_feed.GetFault().empty()) FailInput(m_options.input.ToString() + ": " + m_feed.GetFault());
-  if (m_delivery.GetOpen() == 0)
+  if (IsReadToEnd() && m_delivery.GetOpen() == 0)
     Stop();
   else
     GiveUpLater();
@@ -219,7 +227,7 @@ void cEhzDriver::GiveUpLater() {
 
 void cEhzDriver::GiveUp() {
   vorn::Trace(DriverUnit(), 2, "gave up waiting, ", m_delivery.GetOpen(), " readings are not acknowledged",
-              m_inputEnded ? "" : " and the input is not read to its end");
+              IsReadToEnd() ? "" : " and the input is not read to its end");
   Stop();
 }
 
@@ -258,6 +266,8 @@ void cEhzDriver::TakeReading(const cMeterRecord& reading) {
     ++m_counts.filtered;
   else if (!IsTimeWanted(reading))
     ++m_counts.skipped;
+  else if (m_input->CanWait() && !HasRoom())
+    m_held.push_back(reading);
   else
     m_delivery.Deliver(reading);
 }

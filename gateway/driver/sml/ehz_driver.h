@@ -5,6 +5,7 @@
 // An input that can wait is held back while the service is behind; one that cannot feeds the delivery's bounded queue.
 #pragma once
 
+#include <deque>
 #include <map>
 #include <memory>
 #include <optional>
@@ -42,7 +43,7 @@ class cEhzDriver : public vorn::cScmService, private cSmlSink {
 
  private:
   // The loop's own messages, of timers.
-  enum eTimerMessage : unsigned int { eInputTimer = 0x100, eGiveUp };
+  enum eTimerMessage : unsigned int { eInputTimer = 0x100, eBegin, eGiveUp };
 
   void OnList(const cSmlFrame& frame, const cSmlList& list) override;
   void OnFault(const cSmlFrame& frame, const cSmlFault& fault) override;
@@ -64,6 +65,8 @@ class cEhzDriver : public vorn::cScmService, private cSmlSink {
   void GiveUp();
   void ReportInput(const char* event, const std::string& reason);
   void TakeReading(const cMeterRecord& reading);
+  bool HasRoom() const { return m_delivery.GetOpen() < cDelivery::kWindow; }
+  bool IsReadToEnd() const { return m_inputEnded && m_pending.empty() && m_held.empty(); }
   bool IsMeterWanted(const std::string& meterId) const;
   bool IsTimeWanted(const cMeterRecord& reading);
 
@@ -72,10 +75,12 @@ class cEhzDriver : public vorn::cScmService, private cSmlSink {
   cSmlReader m_reader;
   cCaptureFeed m_feed;
   cDelivery m_delivery;
+  vorn::cTimer m_begin;
   vorn::cTimer m_giveUp;
   std::unique_ptr<cByteInput> m_input;
   std::optional<vorn::cSignalWatch> m_signals;
-  std::string m_pending;                              // bytes of an input that waits, not yet read
+  std::string m_pending;            // bytes of an input that waits, not yet read
+  std::deque<cMeterRecord> m_held;  // of such an input, read and not delivered: a frame may have many lists
   std::map<std::string, std::uint32_t> m_lastStored;  // meter identifier to the slot of its last stored reading
   cEhzCounts m_counts;
   std::uint64_t m_answers = 0;  // of the service, when we last looked

@@ -7,6 +7,7 @@
 #include <csignal>
 #include <fstream>
 
+#include <tav/framework/helper.h>
 #include <tav/service/db_ctrl_protocol.h>
 #include <tests/driver/input/pseudo_line.h>
 #include <tests/support/captured_trace.h>
@@ -30,11 +31,15 @@ constexpr std::uint32_t kBegin = 1'750'000'000;
 class EhzDriver : public testing::Test {
  protected:
   void SetUp() override {
+    alarm(100);  // a driver that does not end is not waited for
     m_options.directory = m_folder.GetPath();
     m_options.interfaceName = "RS232";
     m_options.waitSeconds = 5;
   }
-  void TearDown() override { m_server.reset(); }
+  void TearDown() override {
+    m_server.reset();
+    alarm(0);
+  }
 
   // ---- what it reads
   void TakeFile(const std::string& bytes) {
@@ -72,6 +77,13 @@ class EhzDriver : public testing::Test {
         if (m_acknowledge) Answer(msg, msg.GetType() + (m_refused == m_arrived.size() ? 2 : 1));
       }
     };
+  }
+  // With nobody there: a file is read all the same, after a moment.
+  void DriveAlone() {
+    Drive();
+    Pass(499);
+    EXPECT_THAT(m_driver->Summary(), HasSubstr("delivered=0"));
+    Pass(1);
   }
   // Until the driver is there.
   void Connect() {
@@ -315,8 +327,7 @@ TEST_F(EhzDriver, HoldsASimulationBackWithItsTime) {
 
 TEST_F(EhzDriver, WaitsForAServiceThatStartsLater) {
   TakeFile(Telegrams(100));
-  Drive();
-  Pass(0);
+  DriveAlone();
   Pass(3'600'000);
   m_acknowledge = true;
   Connect();
@@ -327,8 +338,7 @@ TEST_F(EhzDriver, WaitsForAServiceThatStartsLater) {
 
 TEST_F(EhzDriver, GivesUpWhenTheServiceDoesNotAnswerAtTheEnd) {
   TakeFile(Telegrams(3));
-  Drive();
-  Pass(0);
+  DriveAlone();
   Pass(4999);
   EXPECT_THAT(m_trace.GetLines(), testing::Not(Contains(HasSubstr("gave up"))));
   Pass(1);
@@ -340,13 +350,40 @@ TEST_F(EhzDriver, GivesUpWhenTheServiceDoesNotAnswerAtTheEnd) {
 TEST_F(EhzDriver, GivesUpALongFileTooWhenAskedToReadItOnce) {
   m_options.once = true;
   TakeFile(Telegrams(100));
-  Drive();
-  Pass(0);
+  DriveAlone();
   Pass(5000);
   EXPECT_THAT(m_trace.GetLines(),
               Contains("UnitDriver 2 gave up waiting, 40 readings are not acknowledged and the input "
                        "is not read to its end"));
   EXPECT_EQ(m_driver->Work(), eExitNotDelivered);
+}
+
+TEST_F(EhzDriver, GivesUpASimulationThatHasEndedBeforeItsTelegramsWereTaken) {
+  TakeSimulation(14, 2, 3);  // two more than the window
+  DriveAlone();
+  Pass(5000);
+  EXPECT_THAT(m_trace.GetLines(),
+              Contains("UnitDriver 2 gave up waiting, 40 readings are not acknowledged and the input "
+                       "is not read to its end"));
+  EXPECT_EQ(m_driver->Work(), eExitNotDelivered);
+}
+
+TEST_F(EhzDriver, LosesNoneOfManyListsInOneFrame) {
+  std::string payload;
+  for (int i = 0; i < 200; ++i)
+    payload +=
+        ListPayload({{PackObis(1, 0, 1, 8, 0), "", "", "621E", "5200", "62" + vorn::FormatString("%02X", i), ""}});
+  for (const std::string& capture : {payload, WriteSmlFrame(payload), WriteSmlFrame(payload) + Telegrams(1)}) {
+    m_arrived.clear();
+    m_server.reset();
+    TakeFile(capture);
+    ASSERT_EQ(RunToEnd(), eExitOk) << m_driver->Summary();
+    const std::vector<cMeterRecord> readings = Readings();
+    ASSERT_GE(readings.size(), 200u);
+    for (std::size_t i = 0; i < 200; ++i)
+      EXPECT_THAT(Values(readings[i]), ElementsAre("1-0:1.8.0=" + std::to_string(i) + " Wh"));
+    EXPECT_THAT(m_driver->Summary(), HasSubstr("dropped=0 unconfirmed=0 open=0"));
+  }
 }
 
 TEST_F(EhzDriver, DoesNotGiveUpAsLongAsTheServiceAnswers) {
@@ -502,8 +539,7 @@ TEST_F(EhzDriver, WaitsTwoSecondsAfterASignalAndSaysWhatIsOpen) {
 
 TEST_F(EhzDriver, EndsAtOnceOnASecondSignal) {
   TakeFile(Telegrams(3));
-  Drive();
-  Pass(0);
+  DriveAlone();
   raise(SIGTERM);
   Pass(0);
   raise(SIGTERM);

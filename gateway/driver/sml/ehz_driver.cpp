@@ -213,7 +213,7 @@ void cEhzDriver::OnSignal(int signal) {
 
 void cEhzDriver::EndWhenDone() {
   if (m_pending.empty()) m_feed.Finish();
-  if (!m_feed.GetFault().empty()) FailInput(m_options.input.ToString() + ": " + m_feed.GetFault());
+  if (!m_ending && !m_feed.GetFault().empty()) FailInput(m_options.input.ToString() + ": " + m_feed.GetFault());
   if (IsReadToEnd() && m_delivery.GetOpen() == 0)
     Stop();
   else

@@ -8,7 +8,8 @@ foreach(header IN LISTS tav_public_headers)
 endforeach()
 
 # Found from wherever the prefix is: libtav beside libvorn, programs from their own folder.
-set_target_properties(tav vorn PROPERTIES INSTALL_RPATH "$ORIGIN")
+set_target_properties(vorn PROPERTIES INSTALL_RPATH "")  # needs none of ours
+set_target_properties(tav PROPERTIES INSTALL_RPATH "$ORIGIN")
 install(TARGETS vorn tav EXPORT tavTargets LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}")
 foreach(program tav-gateway ehzif mbif tavctl)
   if(TARGET ${program})

@@ -3,8 +3,8 @@
 
 #include <tav/framework/trace.h>
 
-#include "record_buffer.h"
-#include "record_index.h"
+#include "detail/record_buffer.h"
+#include "detail/record_index.h"
 
 namespace vorn {
 
@@ -93,10 +93,9 @@ cData cRecordPar::GetData() const {
   return cData(bytes.data(), bytes.size());
 }
 
-cRecordPar cRecordPar::NextSame() const {
-  const std::string_view name = GetNameView();
-  for (cRecordPar par = Next(); par.IsValid(); par = par.Next())
-    if (par.GetNameView() == name) return par;
+cRecordPar cRecordPar::NextSameFrom(std::uint32_t by) const {
+  for (; by <= m_left; ++by)
+    if (HasSameName(by)) return Ahead(by);
   return {};
 }
 
@@ -113,18 +112,22 @@ bool cRecord::FromBytes(const void* bytes, std::size_t size, cRecord& record, st
     return false;
   }
   std::memcpy(buffer->Bytes(), bytes, size);
-  buffer->size = static_cast<std::uint32_t>(size);
-  const bool valid = detail::IndexBuffer(buffer, error);
-  if (valid) record = cRecord(buffer, 0, buffer->size, 0);
+  const auto end = static_cast<std::uint32_t>(size);
+  const bool valid = detail::IndexBuffer(buffer, end, error);
+  if (valid) record.LookAt(buffer, 0, end, 0);
   detail::Release(buffer);
   return valid;
 }
 
-bool cRecord::BuildIndex() const { return detail::IndexBuffer(m_buffer, nullptr); }
+bool cRecord::BuildIndex() const { return detail::IndexBuffer(m_buffer, m_end, nullptr); }
 
-unsigned int cRecord::GetDepth() const {
-  if (IsEmpty()) return 1;
-  if (m_head == 0) return m_buffer->depth;
+bool cRecord::MakeCursor() const {
+  if (!Indexed()) return false;
+  m_cursor = m_head + 1;
+  return true;
+}
+
+unsigned int cRecord::MeasureDepth() const {
   unsigned int deepest = 1;
   cRecord nested;
   for (cRecordPar par = First(); par.IsValid(); par = par.Next())
@@ -172,23 +175,37 @@ std::string cRecord::ToString(std::size_t maxData, unsigned int level) const {
 // ---- cRecord: writing
 
 void cRecord::AppendRecordPar(std::string_view name, const cRecord& value) {
-  unsigned int depth = value.GetDepth() + 1;
+  if (&value == this) {
+    const cRecord kept = value;  // NOLINT(performance-unnecessary-copy-initialization): appending changes value
+    return AppendRecordPar(name, kept);
+  }
   // Before it is indexed, a record that lost its deepest parameter knows an upper bound only.
-  if (depth > detail::kMaxRecordDepth && value.Indexed()) depth = value.GetDepth() + 1;
+  if (value.GetDepth() == detail::kMaxRecordDepth) value.Indexed();
+  const unsigned int depth = value.GetDepth() + 1;
   if (depth > detail::kMaxRecordDepth) {
     Trace(FrameworkUnit(), 2, "record: parameter '", name, "' not appended, records nest deeper than 16");
     return;
   }
-  // A record may be appended to itself.
-  const cRecord kept = value;  // NOLINT(performance-unnecessary-copy-initialization)
-  const std::string_view bytes = kept.GetBytes();
-  const std::size_t before = GetBytes().size();
-  AppendBytes(name, eParRecord, detail::kCborBytes, bytes.data(), bytes.size());
-  if (GetBytes().size() != before && depth > m_buffer->depth) m_buffer->depth = static_cast<std::uint16_t>(depth);
+  const std::string_view bytes = value.GetBytes();
+  if (unsigned char* to = Begin(name, eParRecord, bytes.size() + 9)) {
+    to = detail::WriteHead(to, detail::kCborBytes, bytes.size());
+    if (!bytes.empty()) std::memcpy(to, bytes.data(), bytes.size());
+    End(to + bytes.size());
+    if (depth > m_buffer->depth) m_buffer->depth = depth;
+  }
 }
 
 // Out of the way of the appenders: a first buffer, a larger one, or one of its own.
 bool cRecord::MakeRoom(std::string_view name, std::size_t need) {
+  if (m_buffer == nullptr && name.size() <= detail::kMaxParName &&
+      (m_buffer = detail::NewBuffer(need + 1)) != nullptr) {
+    m_room = m_buffer->capacity;
+    return true;
+  }
+  return MakeMoreRoom(name, need);
+}
+
+bool cRecord::MakeMoreRoom(std::string_view name, std::size_t need) {
   if (name.size() > detail::kMaxParName) {
     Trace(FrameworkUnit(), 2, "record: parameter '", name.substr(0, 40),
           "...' not appended, its name is longer than 255 bytes");
@@ -196,24 +213,27 @@ bool cRecord::MakeRoom(std::string_view name, std::size_t need) {
   }
   const std::size_t size = m_end - m_begin;
   const bool own = m_buffer != nullptr && m_buffer->refs == 1 && m_head == 0;
-  detail::cRecordBuffer* buffer = own ? detail::GrowBuffer(m_buffer, size + need) : detail::NewBuffer(size + need);
+  detail::cRecordBuffer* buffer = m_buffer;
+  if (!own)
+    buffer = detail::NewBuffer(size + need + 1);
+  else if (buffer->capacity <= size + need)
+    buffer = detail::GrowBuffer(buffer, size + need + 1);
   if (buffer == nullptr) {
     Trace(FrameworkUnit(), 2, "record: parameter '", name, "' not appended, no room for ", need, " bytes behind ",
           size);
     return false;
   }
-  if (!own) {
+  if (!own && m_buffer != nullptr) {
     const std::string_view bytes = GetBytes();
-    if (!bytes.empty()) {
-      std::memcpy(buffer->Bytes(), bytes.data(), bytes.size());
-      buffer->depth = static_cast<std::uint16_t>(GetDepth());
-    }
-    buffer->size = static_cast<std::uint32_t>(size);
+    if (!bytes.empty()) std::memcpy(buffer->Bytes(), bytes.data(), bytes.size());
+    buffer->depth = GetDepth();
     detail::Release(m_buffer);
     m_begin = 0;
-    m_end = buffer->size;
+    m_end = static_cast<std::uint32_t>(size);
     m_head = 0;
   }
+  m_cursor = 0;
+  m_room = buffer->capacity;
   m_buffer = buffer;
   return true;
 }
@@ -249,20 +269,29 @@ void cRecord::Replace(std::uint32_t begin, std::uint32_t end, const cRecord& sin
   std::memcpy(to, single.GetBytes().data(), single.GetBytes().size());
   to += single.GetBytes().size();
   std::memcpy(to, old + end, m_end - end);
-  buffer->size = static_cast<std::uint32_t>(size);
   // What was replaced may have been the deepest; an upper bound is kept until the bytes are indexed.
-  const unsigned int depth = std::max(GetDepth(), single.GetDepth());
-  buffer->depth = static_cast<std::uint16_t>(depth);
+  buffer->depth = std::max(GetDepth(), single.GetDepth());
   detail::Release(m_buffer);
   m_buffer = buffer;
   m_begin = 0;
-  m_end = buffer->size;
+  m_end = static_cast<std::uint32_t>(size);
   m_head = 0;
+  m_cursor = 0;
+  m_room = buffer->capacity;
 }
 
-// ---- text
+// ---- names and texts
 
 namespace detail {
+
+std::uint32_t FindFirst(const cRecordBuffer* buffer, std::uint32_t head, std::string_view name, std::uint32_t key) {
+  const cRecordIndexEntry* const index = buffer->index;
+  for (std::uint32_t entry = head + 1, last = head + index[head].at; entry <= last; ++entry)
+    if ((index[entry].key & kNameKeyMask) == key &&
+        AreSame(buffer->Bytes() + index[entry].at, name.data(), name.size()))
+      return entry;
+  return 0;
+}
 
 // RFC 3629: no overlong forms, no surrogates, nothing above U+10FFFF.
 bool IsUtf8(const char* text, std::size_t size) {

@@ -97,8 +97,11 @@ class VORN_API cRecordPar {
   bool GetRecord(cRecord& record) const;
 
   // The following parameter of any name, or of this one's name; an invalid one at the end.
-  cRecordPar Next() const;
-  cRecordPar NextSame() const;
+  cRecordPar Next() const { return m_left != 0 ? Ahead(1) : cRecordPar(); }
+  cRecordPar NextSame() const {
+    if (m_left == 0) return {};
+    return HasSameName(1) ? Ahead(1) : NextSameFrom(2);
+  }
 
  private:
   friend class cRecord;
@@ -107,6 +110,17 @@ class VORN_API cRecordPar {
       : m_buffer(buffer), m_entry(entry), m_left(left) {}
 
   const detail::cRecordIndexEntry& Entry() const { return m_buffer->index[m_entry]; }
+  cRecordPar Ahead(std::uint32_t by) const {
+    detail::Retain(m_buffer);
+    return cRecordPar(m_buffer, m_entry + by, m_left - by);
+  }
+  bool HasSameName(std::uint32_t by) const {
+    const detail::cRecordIndexEntry& own = Entry();
+    const detail::cRecordIndexEntry& other = (&own)[by];
+    return ((other.key ^ own.key) & detail::kNameKeyMask) == 0 &&
+           std::memcmp(m_buffer->Bytes() + other.at, m_buffer->Bytes() + own.at, own.key & 0xFF) == 0;
+  }
+  cRecordPar NextSameFrom(std::uint32_t by) const;
   const unsigned char* TypeAt() const { return m_buffer->Bytes() + Entry().at + (Entry().key & 0xFF); }
   const unsigned char* ValueAt() const { return TypeAt() + 1; }
   // A value of integer type as sign and magnitude; false for other types.
@@ -122,19 +136,28 @@ class VORN_API cRecord {
   // An empty one; Create() gives the same.
   cRecord() = default;
   cRecord(const cRecord& other)
-      : m_buffer(other.m_buffer), m_begin(other.m_begin), m_end(other.m_end), m_head(other.m_head) {
-    detail::Retain(m_buffer);
+      : m_buffer(other.m_buffer),
+        m_begin(other.m_begin),
+        m_end(other.m_end),
+        m_head(other.m_head),
+        m_cursor(other.m_cursor),
+        m_room(other.m_end) {
+    other.Share();
   }
   cRecord(cRecord&& other) noexcept
       : m_buffer(std::exchange(other.m_buffer, nullptr)),
         m_begin(std::exchange(other.m_begin, 0)),
         m_end(std::exchange(other.m_end, 0)),
-        m_head(std::exchange(other.m_head, 0)) {}
+        m_head(std::exchange(other.m_head, 0)),
+        m_cursor(std::exchange(other.m_cursor, 0)),
+        m_room(std::exchange(other.m_room, 0)) {}
   cRecord& operator=(cRecord other) noexcept {
     std::swap(m_buffer, other.m_buffer);
     std::swap(m_begin, other.m_begin);
     std::swap(m_end, other.m_end);
     std::swap(m_head, other.m_head);
+    std::swap(m_cursor, other.m_cursor);
+    std::swap(m_room, other.m_room);
     return *this;
   }
   ~cRecord() { detail::Release(m_buffer); }
@@ -224,10 +247,10 @@ class VORN_API cRecord {
   bool IsEmpty() const { return m_begin == m_end; }
   std::size_t GetCount() const { return Indexed() ? Head()->at : 0; }
   // The first parameter of all, and the first of a name; an invalid one when there is none.
-  cRecordPar First() const { return GetCount() != 0 ? View(0) : cRecordPar(); }
+  cRecordPar First() const { return GetCount() != 0 ? View(m_head + 1) : cRecordPar(); }
   cRecordPar GetPar(std::string_view name) const {
-    const std::uint32_t at = Find(name);
-    return at != kNotFound ? View(at) : cRecordPar();
+    const std::uint32_t entry = Find(name);
+    return entry != 0 ? View(entry) : cRecordPar();
   }
 
   // The value of the first parameter of a name when it has exactly that type, else the empty value of the type.
@@ -251,46 +274,63 @@ class VORN_API cRecord {
                      : std::string_view(reinterpret_cast<const char*>(m_buffer->Bytes()) + m_begin, m_end - m_begin);
   }
   // Levels of records in this one, 1 when none is nested.
-  unsigned int GetDepth() const;
+  unsigned int GetDepth() const { return IsEmpty() ? 1 : m_head == 0 ? m_buffer->depth : MeasureDepth(); }
 
   friend bool operator==(const cRecord& a, const cRecord& b) { return a.GetBytes() == b.GetBytes(); }
   friend bool operator!=(const cRecord& a, const cRecord& b) { return !(a == b); }
 
  private:
   friend class cRecordPar;
-  static constexpr std::uint32_t kNotFound = 0xFFFFFFFF;
-
-  cRecord(detail::cRecordBuffer* buffer, std::uint32_t begin, std::uint32_t end, std::uint32_t head)
-      : m_buffer(buffer), m_begin(begin), m_end(end), m_head(head) {
-    detail::Retain(m_buffer);
+  // Becomes a part of an indexed buffer.
+  void LookAt(detail::cRecordBuffer* buffer, std::uint32_t begin, std::uint32_t end, std::uint32_t head) {
+    if (buffer != m_buffer) {
+      detail::Retain(buffer);
+      detail::Release(m_buffer);
+      m_buffer = buffer;
+    }
+    m_begin = begin;
+    m_end = end;
+    m_head = head;
+    m_cursor = head + 1;
+    m_room = end;
   }
 
   // ---- reading
-  bool Indexed() const { return !IsEmpty() && (m_buffer->indexed != 0 || BuildIndex()); }
+  // Whether there is an index of these bytes, and a parameter.
+  bool Indexed() const { return !IsEmpty() && (m_head != 0 || m_buffer->indexed == m_end || BuildIndex()); }
   const detail::cRecordIndexEntry* Head() const { return m_buffer->index + m_head; }
   bool BuildIndex() const;
-  // The position of the first parameter of a name within this record.
+  unsigned int MeasureDepth() const;
+  // The entry of the first parameter of a name, 0 when there is none. Readers mostly ask in the writer's order, so the
+  // one behind the last that was found is tried before all others; behind a record's last stands one of no name.
   [[gnu::always_inline]] std::uint32_t Find(std::string_view name) const {
-    if (name.size() > detail::kMaxParName || !Indexed()) return kNotFound;
+    if (name.size() > detail::kMaxParName || (m_cursor == 0 && !MakeCursor())) return 0;
     const std::uint32_t key = detail::NameKey(name.data(), name.size());
-    const detail::cRecordIndexEntry* const entries = Head() + 1;
-    const std::uint32_t count = Head()->at;
-    for (std::uint32_t i = 0; i < count; ++i)
-      if (entries[i].key == key &&
-          (name.empty() || std::memcmp(m_buffer->Bytes() + entries[i].at, name.data(), name.size()) == 0))
-        return i;
-    return kNotFound;
+    std::uint32_t entry = m_cursor;
+    if (m_buffer->index[entry].key != key || !HasName(entry, name)) {
+      entry = detail::FindFirst(m_buffer, m_head, name, key);
+      if (entry == 0) return 0;
+    }
+    m_cursor = entry + 1;
+    return entry;
   }
-  cRecordPar View(std::uint32_t position) const {
+  [[gnu::always_inline]] bool HasName(std::uint32_t entry, std::string_view name) const {
+    return detail::AreSame(m_buffer->Bytes() + m_buffer->index[entry].at, name.data(), name.size());
+  }
+  bool MakeCursor() const;
+  void Share() const {
+    m_room = m_end;
     detail::Retain(m_buffer);
-    return cRecordPar(m_buffer, m_head + 1 + position, Head()->at - position - 1);
+  }
+  cRecordPar View(std::uint32_t entry) const {
+    Share();
+    return cRecordPar(m_buffer, entry, m_head + Head()->at - entry);
   }
   // The value of the first parameter of a name behind its type, when it has exactly that type, else null.
   [[gnu::always_inline]] const unsigned char* ValueOf(std::string_view name, eParType type) const {
-    const std::uint32_t position = Find(name);
-    if (position == kNotFound) return nullptr;
-    const detail::cRecordIndexEntry& entry = Head()[1 + position];
-    const unsigned char* at = m_buffer->Bytes() + entry.at + (entry.key & 0xFF);
+    const std::uint32_t found = Find(name);
+    if (found == 0) return nullptr;
+    const unsigned char* at = m_buffer->Bytes() + m_buffer->index[found].at + name.size();
     return *at == type ? at + 1 : nullptr;
   }
 
@@ -298,8 +338,7 @@ class VORN_API cRecord {
   // Room for a parameter of that name and so many bytes of value: behind name and type. Null when it is refused.
   [[gnu::always_inline]] unsigned char* Begin(std::string_view name, eParType type, std::size_t valueSize) {
     const std::size_t need = 2 + name.size() + 1 + valueSize;
-    if (name.size() > detail::kMaxParName || m_buffer == nullptr || m_buffer->refs != 1 || m_head != 0 ||
-        m_buffer->capacity - m_end < need) {
+    if (name.size() > detail::kMaxParName || need >= m_room - m_end) {
       if (!MakeRoom(name, need)) return nullptr;
     }
     unsigned char* to = detail::WriteHead(m_buffer->Bytes() + m_end, detail::kCborText, name.size());
@@ -310,10 +349,10 @@ class VORN_API cRecord {
   }
   [[gnu::always_inline]] void End(const unsigned char* to) {
     m_end = static_cast<std::uint32_t>(to - m_buffer->Bytes());
-    m_buffer->size = m_end;
-    m_buffer->indexed = 0;
+    m_cursor = 0;
   }
   bool MakeRoom(std::string_view name, std::size_t need);
+  bool MakeMoreRoom(std::string_view name, std::size_t need);
   [[gnu::always_inline]] void AppendNumber(std::string_view name, eParType type, unsigned char major,
                                            std::uint64_t value) {
     if (unsigned char* to = Begin(name, type, 9)) End(detail::WriteHead(to, major, value));
@@ -351,6 +390,8 @@ class VORN_API cRecord {
   std::uint32_t m_begin = 0;  // the part of the buffer that is this record
   std::uint32_t m_end = 0;
   std::uint32_t m_head = 0;  // its header entry in the buffer's index; 0 only for a record that is the whole buffer
+  mutable std::uint32_t m_cursor = 0;  // the entry behind the last that was found; 0 while there is no index
+  mutable std::uint32_t m_room = 0;    // where the buffer ends while it is this record's alone, else m_end
 };
 
 // ---- the hot accessors, inline so that a literal name's length and bytes are constants
@@ -401,14 +442,11 @@ inline bool cRecordPar::GetRecord(cRecord& record) const {
   const unsigned char* at = ValueAt();
   const std::uint64_t size = detail::ReadHead(at);
   const auto begin = static_cast<std::uint32_t>(at - m_buffer->Bytes());
-  record = size != 0 ? cRecord(m_buffer, begin, begin + static_cast<std::uint32_t>(size), Entry().child) : cRecord();
+  if (size != 0)
+    record.LookAt(m_buffer, begin, begin + static_cast<std::uint32_t>(size), Entry().child);
+  else
+    record = cRecord();
   return true;
-}
-
-inline cRecordPar cRecordPar::Next() const {
-  if (m_left == 0) return {};
-  detail::Retain(m_buffer);
-  return cRecordPar(m_buffer, m_entry + 1, m_left - 1);
 }
 
 [[gnu::always_inline]] inline unsigned int cRecord::GetUIntPar(std::string_view name) const {

@@ -21,27 +21,34 @@ constexpr unsigned char kCborUnsigned = 0x00, kCborNegative = 0x20, kCborBytes =
 constexpr unsigned char kCborFalse = 0xF4, kCborTrue = 0xF5, kCborNull = 0xF6;
 
 // Where a parameter starts, remembered by the one pass that validates a record. Every record has a header entry
-// (`at` is its number of parameters), its parameters' entries follow it.
+// (`at` is its number of parameters), its parameters' entries follow it; both it and what stands behind them bear no
+// name. A used index holds what the record before left; the next one is often made alike.
 struct cRecordIndexEntry {
-  std::uint32_t key;    // length of the name and its first three bytes: see NameKey
+  std::uint32_t key;    // NameKey; with kMaybeRepeated unless this is surely the first of its name
   std::uint32_t at;     // where the name's bytes start
   std::uint32_t child;  // of a nested record: its header entry
+  std::uint16_t form;   // type and first byte of the value, as they stand
+  std::uint8_t plan;    // what validation does with that form
+  std::uint8_t beyond;  // so many of four bytes' bits do not belong to the key
 };
 
 // The one block that copies of a record share; the bytes follow it.
 struct cRecordBuffer {
   std::uint32_t refs;
   std::uint32_t capacity;
-  std::uint32_t size;
-  std::uint16_t depth;    // levels of records in it, 1 when none is nested
-  std::uint16_t indexed;  // index is that of the present bytes
+  std::uint32_t depth;    // levels of records in it, 1 when none is nested
+  std::uint32_t indexed;  // index is that of so many bytes
   std::uint32_t indexCapacity;
   cRecordIndexEntry* index;
 
   unsigned char* Bytes() { return reinterpret_cast<unsigned char*>(this + 1); }
+  const unsigned char* Bytes() const { return reinterpret_cast<const unsigned char*>(this + 1); }
 };
 
 VORN_API void FreeBuffer(cRecordBuffer* buffer);
+// The entry of the first parameter of a name in the record of that header entry, 0 when there is none.
+[[gnu::pure]] VORN_API std::uint32_t FindFirst(const cRecordBuffer* buffer, std::uint32_t head, std::string_view name,
+                                               std::uint32_t key);
 VORN_API bool IsUtf8(const char* text, std::size_t size);
 
 inline void Retain(cRecordBuffer* buffer) {
@@ -114,12 +121,15 @@ inline std::uint64_t ReadHead(const unsigned char*& from) {
   }
 }
 
-// Tells nearly all names apart in one comparison. A constant when the name is a literal.
+// Length and first three letters of a name: tells nearly all names apart in one comparison. A constant when the name is
+// a literal.
+constexpr std::uint32_t kNameKeyMask = 0x7FFFFFFF, kMaybeRepeated = 0x80000000;
+constexpr std::uint32_t kNoName = 0xFFFFFFFF;  // no key that is looked for is marked
 inline std::uint32_t NameKey(const char* name, std::size_t size) {
   const auto byte = [&](std::size_t at) {
     return static_cast<std::uint32_t>(at < size ? static_cast<unsigned char>(name[at]) : 0) << (8 * at + 8);
   };
-  return static_cast<std::uint32_t>(size) | byte(0) | byte(1) | byte(2);
+  return (static_cast<std::uint32_t>(size) | byte(0) | byte(1) | byte(2)) & kNameKeyMask;
 }
 
 // Covers size bytes by words, the last one overlapping the one before: visit(word of the right width, its offset).
@@ -131,9 +141,21 @@ inline void ForEachWord(std::size_t size, Visit visit) {
   } else if (size >= 4) {
     visit(std::uint32_t{}, 0);
     visit(std::uint32_t{}, size - 4);
-  } else {
-    for (std::size_t at = 0; at < size; ++at) visit(std::uint8_t{}, at);
+  } else if (size != 0) {
+    visit(std::uint8_t{}, 0);
+    visit(std::uint8_t{}, size / 2);
+    visit(std::uint8_t{}, size - 1);
   }
+}
+
+inline bool AreSame(const unsigned char* a, const char* b, std::size_t size) {
+  std::uint64_t differ = 0;
+  ForEachWord(size, [&](auto word, std::size_t at) {
+    word = static_cast<decltype(word)>(Load<decltype(word)>(a + at) ^
+                                       Load<decltype(word)>(reinterpret_cast<const unsigned char*>(b) + at));
+    differ |= word;
+  });
+  return differ == 0;
 }
 
 constexpr std::uint64_t kHighBits = 0x8080808080808080u;  // set in some byte of what is not ASCII

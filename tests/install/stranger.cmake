@@ -45,7 +45,7 @@ run(${CXX} -std=c++17 ${SOURCE}/stranger.cpp -o ${WORK}/stranger ${flags})
 run_stranger(${WORK}/stranger)
 
 file(GLOB_RECURSE internal ${prefix}/include/*_impl.h ${prefix}/include/tav/unit_tav.h
-     ${prefix}/include/tav/framework/detail/* ${prefix}/include/tav/framework/record_index.h)
+     ${prefix}/include/tav/framework/detail/*)
 if(internal)
   message(FATAL_ERROR "internal headers were installed: ${internal}")
 endif()

@@ -5,13 +5,17 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <functional>
 #include <memory>
+#include <random>
+#include <vector>
 
 #include <tests/support/record_copy.h>
 
 using vorn::cData;
 using vorn::cRecord;
+using vorn::cRecordPar;
 using vorn::cTime;
 using vorn::cUuid;
 
@@ -275,4 +279,150 @@ TEST(Utf8, IsRecognisedByTheRulesOfItsStandard) {
                            "\xE2\x82", "\xE2\x82\x41", "\xF0\x8F\xBF\xBF", "\xF4\x90\x80\x80", "\xF5\x80\x80\x80",
                            "\xF0\x90\x80", "\xFE", "\xFF", "abc\xB0"})
     EXPECT_FALSE(isUtf8(text)) << ToHex(text);
+}
+
+// ---- what an index that was used before leaves behind
+
+namespace {
+
+// Records of few names, so that shapes repeat, mix and repeat names: short ones, and such as differ late only.
+class cShapes {
+ public:
+  cRecord Make(unsigned int depth = 1) {
+    cRecord record;
+    for (unsigned int count = Next(9); count != 0; --count) Append(record, depth);
+    return record;
+  }
+
+ private:
+  unsigned int Next(unsigned int below) { return static_cast<unsigned int>(m_random() % below); }
+  void Append(cRecord& to, unsigned int depth) {
+    static const std::string kNames[] = {
+        "", "a", "id", "ab\xC3\xA9", "abc", "abcd", "abce", std::string(30, 'n'), std::string(24, '\x18'), "entry"};
+    const std::string& name = kNames[Next(10)];
+    switch (Next(7)) {
+      case 0:
+        return to.AppendTextPar(name, std::string(Next(60), Next(9) == 0 ? '\xE4' : 't'));
+      case 1:
+        return to.AppendIntPar(name, static_cast<int>(m_random()) >> Next(31));
+      case 2:
+        return to.AppendUInt64Par(name, (std::uint64_t{m_random()} << 32) >> Next(64));
+      case 3:
+        return to.AppendBoolPar(name, Next(2) != 0);
+      case 4:
+        return to.AppendTextPar(name, nullptr);
+      case 5:
+        return to.AppendDataPar(name, cData(std::string(Next(300), 'd')));
+      default:
+        return to.AppendRecordPar(name, depth < 4 ? Make(depth + 1) : cRecord());
+    }
+  }
+
+  std::mt19937 m_random{20261121};  // the same at every run
+};
+
+// The first of a name, by walking.
+std::string_view FirstOf(const cRecord& record, std::string_view name) {
+  for (cRecordPar par = record.First(); par.IsValid(); par = par.Next())
+    if (par.GetNameView() == name) return {par.GetNameView().data(), 1};  // where it stands
+  return {};
+}
+
+// Every name asked for in order, backwards and again gives the first of it.
+void ExpectFirstsOf(const cRecord& record) {
+  std::vector<cRecordPar> pars;
+  for (cRecordPar par = record.First(); par.IsValid(); par = par.Next()) pars.push_back(par);
+  ASSERT_EQ(pars.size(), record.GetCount());
+  const auto expectFirst = [&](const cRecordPar& par) {
+    const cRecordPar found = record.GetPar(par.GetNameView());
+    ASSERT_TRUE(found.IsValid()) << ToHex(par.GetNameView()) << " in " << ToHex(record.GetBytes());
+    EXPECT_EQ(found.GetNameView().data(), FirstOf(record, par.GetNameView()).data()) << record.ToString();
+  };
+  std::for_each(pars.begin(), pars.end(), expectFirst);
+  std::for_each(pars.rbegin(), pars.rend(), expectFirst);
+  for (const cRecordPar& par : pars) {
+    expectFirst(par);
+    EXPECT_FALSE(record.GetPar("absent").IsValid());
+    expectFirst(par);
+    cRecord nested;
+    if (par.GetRecord(nested)) ExpectFirstsOf(nested);
+  }
+}
+
+}  // namespace
+
+TEST(RecordIndex, GivesTheFirstOfAName_WhateverRecordItHeldBefore) {
+  cShapes shapes;
+  for (int i = 0; i < 2000; ++i) {
+    const cRecord made = shapes.Make();
+    cRecord received;
+    ASSERT_TRUE(Receive(made.GetBytes(), received));
+    EXPECT_EQ(received, made);
+    ExpectFirstsOf(received);
+    EXPECT_EQ(CopyByParameter(received), made);
+  }
+}
+
+TEST(RecordIndex, AnsweringInTheOrderOfWritingDoesNotSkipARepeatedName) {
+  cRecord record, received;
+  record.AppendUIntPar("obis", 1);
+  record.AppendUIntPar("value", 2);
+  record.AppendUIntPar("obis", 3);
+  for (int i = 0; i < 3; ++i) {  // with a fresh index, and with one of the same shape
+    ASSERT_TRUE(Receive(record.GetBytes(), received));
+    EXPECT_EQ(received.GetUIntPar("obis"), 1u);
+    EXPECT_EQ(received.GetUIntPar("value"), 2u);
+    EXPECT_EQ(received.GetUIntPar("obis"), 1u);
+    EXPECT_EQ(received.GetPar("obis").NextSame().GetUInt(), 3u);
+  }
+}
+
+TEST(RecordIndex, ARefusedRecordLeavesNothingForTheNext) {
+  cRecord good, received;
+  good.AppendUIntPar("a", 1);
+  good.AppendUIntPar("b", 2);
+  good.AppendUIntPar("x", 3);
+  ASSERT_TRUE(Receive(good.GetBytes(), received));
+  received = cRecord();
+  cRecord next;
+  next.AppendUIntPar("a", 1);
+  next.AppendUIntPar("x", 2);
+  EXPECT_FALSE(Receive(std::string(next.GetBytes()) + "\x61", received));
+  next.AppendUIntPar("x", 3);
+  ASSERT_TRUE(Receive(next.GetBytes(), received));
+  EXPECT_EQ(received.GetUIntPar("a"), 1u);
+  EXPECT_EQ(received.GetUIntPar("x"), 2u);
+  EXPECT_EQ(received.GetUIntPar("x"), 2u);
+}
+
+TEST(RecordIndex, AnAppendedParameterIsFoundAfterReading) {
+  cRecord record;
+  record.AppendUIntPar("a", 1);
+  EXPECT_EQ(record.GetUIntPar("a"), 1u);
+  record.AppendUIntPar("b", 2);
+  EXPECT_EQ(record.GetUIntPar("b"), 2u);
+  record.SetUIntPar("a", 7);
+  EXPECT_EQ(record.GetUIntPar("b"), 2u);
+  EXPECT_EQ(record.GetUIntPar("a"), 7u);
+  const cRecord moved = std::move(record);
+  record.AppendUIntPar("c", 3);
+  EXPECT_EQ(record.GetUIntPar("c"), 3u);
+  EXPECT_FALSE(record.GetPar("a").IsValid());
+  EXPECT_EQ(moved.GetUIntPar("a"), 7u);
+}
+
+TEST(RecordIndex, AppendingToACopyOrWhileLookedAtLeavesTheOtherAlone) {
+  cRecord record;
+  record.AppendUIntPar("a", 1);
+  const cRecordPar seen = record.GetPar("a");
+  cRecord copy = record;
+  copy.AppendUIntPar("b", 2);
+  record.AppendUIntPar("c", 3);
+  EXPECT_EQ(seen.GetUInt(), 1u);
+  EXPECT_FALSE(seen.Next().IsValid());
+  EXPECT_EQ(copy.GetCount(), 2u);
+  EXPECT_FALSE(copy.GetPar("c").IsValid());
+  EXPECT_FALSE(record.GetPar("b").IsValid());
+  record.AppendRecordPar("self", record);
+  EXPECT_EQ(record.GetRecordPar("self").GetCount(), 2u);
 }

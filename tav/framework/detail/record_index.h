@@ -9,10 +9,10 @@
 namespace vorn::detail {
 
 // A buffer with so much capacity behind its bytes is scanned the fast way to its end.
-constexpr std::size_t kScanRoom = 34;
+constexpr std::size_t kScanRoom = 49;
 
-// Validates all bytes of the buffer (bounds, types, nesting) and fills its index and depth. On failure false, and
-// error, when given, says what is wrong at which byte.
-bool IndexBuffer(cRecordBuffer* buffer, std::string* error);
+// Validates the first size bytes of the buffer (bounds, types, nesting) and fills its index and depth. On failure
+// false, and error, when given, says what is wrong at which byte.
+bool IndexBuffer(cRecordBuffer* buffer, std::uint32_t size, std::string* error);
 
 }  // namespace vorn::detail

@@ -65,7 +65,6 @@ cRecordBuffer* NewBuffer(std::size_t capacity) {
     buffer->indexCapacity = 0;
   }
   buffer->refs = 1;
-  buffer->size = 0;
   buffer->depth = 1;
   buffer->indexed = 0;
   return buffer;

@@ -144,6 +144,7 @@ void cDataStore::Configure() {
   SQLite::Database& database = m_connection->database;
   database.exec(m_options.durability == eDurability::Full ? "PRAGMA synchronous=FULL" : "PRAGMA synchronous=NORMAL");
   database.exec("PRAGMA wal_autocheckpoint=0");
+  database.exec("PRAGMA foreign_keys=ON");
   database.exec("PRAGMA journal_size_limit=" + std::to_string(std::int64_t{kWalBusyPages} * kPageSize));
   database.exec("PRAGMA cache_size=-8000");
   database.exec("PRAGMA temp_store=MEMORY");

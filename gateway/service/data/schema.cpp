@@ -59,7 +59,38 @@ CREATE VIEW last_values AS
   FROM series v CROSS JOIN meter m ON m.id=v.meter CROSS JOIN obis o ON o.id=v.obis CROSS JOIN form f ON f.id=v.form;
 )";
 
-constexpr const char* kSteps[] = {kReadings, kSeries};
+// The configuration. What needs another thing refers to it, so that the file never holds a meter without its interface.
+// A number of a push target or a template is given once. Secrets stand in meter_config.key, push_target.password and
+// meter_template.record.
+constexpr const char* kConfiguration = R"(
+CREATE TABLE interface(name TEXT PRIMARY KEY CHECK(name<>''), options TEXT NOT NULL,
+  enabled INTEGER NOT NULL CHECK(enabled IN (0,1))) WITHOUT ROWID;
+CREATE TABLE push_target(idx INTEGER PRIMARY KEY AUTOINCREMENT CHECK(idx>0), name TEXT NOT NULL UNIQUE CHECK(name<>''),
+  protocoll TEXT NOT NULL CHECK(protocoll<>''), host TEXT NOT NULL CHECK(host<>''), username TEXT NOT NULL,
+  password TEXT NOT NULL, uri TEXT NOT NULL, collect INTEGER NOT NULL CHECK(collect BETWEEN 1 AND 50),
+  maxruntime INTEGER NOT NULL CHECK(maxruntime>=5), enabled INTEGER NOT NULL CHECK(enabled IN (0,1)),
+  log_enabled INTEGER NOT NULL CHECK(log_enabled IN (0,1)), post_enabled INTEGER NOT NULL CHECK(post_enabled IN (0,1)));
+CREATE TABLE meter_config(id INTEGER PRIMARY KEY, meter_id TEXT NOT NULL CHECK(meter_id<>''), medium TEXT NOT NULL,
+  mfct TEXT NOT NULL, addr TEXT NOT NULL, key TEXT NOT NULL, vendor TEXT NOT NULL,
+  interface_name TEXT NOT NULL REFERENCES interface(name), interface_protocol TEXT NOT NULL,
+  interface_options TEXT NOT NULL, push_enabled INTEGER NOT NULL CHECK(push_enabled IN (0,1)),
+  store_raw_enabled INTEGER NOT NULL CHECK(store_raw_enabled IN (0,1)), UNIQUE(meter_id, medium, mfct));
+CREATE INDEX meter_config_by_addr ON meter_config(addr);
+CREATE INDEX meter_config_by_interface ON meter_config(interface_name);
+CREATE TABLE collector(id INTEGER PRIMARY KEY, meter INTEGER NOT NULL REFERENCES meter_config(id) ON DELETE CASCADE,
+  addr TEXT NOT NULL CHECK(addr<>''), activation INTEGER NOT NULL CHECK(activation IN (0,1)),
+  count_rp INTEGER NOT NULL CHECK(count_rp>=0), distance_rp INTEGER NOT NULL CHECK(distance_rp>=0),
+  event_type TEXT NOT NULL CHECK(event_type<>''), obis_ids TEXT NOT NULL CHECK(obis_ids<>''),
+  push_target INTEGER REFERENCES push_target(idx), push_period TEXT NOT NULL,
+  push_enabled INTEGER NOT NULL CHECK(push_enabled IN (0,1)),
+  push_raw_enabled INTEGER NOT NULL CHECK(push_raw_enabled IN (0,1)),
+  push_random_offset INTEGER NOT NULL CHECK(push_random_offset BETWEEN 0 AND 65535), UNIQUE(meter, addr));
+CREATE INDEX collector_by_push_target ON collector(push_target);
+CREATE TABLE meter_template(idx INTEGER PRIMARY KEY AUTOINCREMENT, name TEXT NOT NULL UNIQUE CHECK(name<>''),
+  record BLOB NOT NULL);
+)";
+
+constexpr const char* kSteps[] = {kReadings, kSeries, kConfiguration};
 static_assert(std::size(kSteps) == kSchemaVersion);
 
 std::string WithUnpacking(std::string sql) {

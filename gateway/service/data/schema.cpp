@@ -90,7 +90,25 @@ CREATE TABLE meter_template(idx INTEGER PRIMARY KEY AUTOINCREMENT, name TEXT NOT
   record BLOB NOT NULL);
 )";
 
-constexpr const char* kSteps[] = {kReadings, kSeries, kConfiguration};
+// What collectors have logged. A profile is known by its meter's and collector's keys, so that it outlives a collector
+// that is written anew; the rest of it is what it was logged by, and up to which event. Values with a reading of their
+// own are found by it: the others belong to the first reading of their second.
+constexpr const char* kProfiles = R"(
+CREATE TABLE profile(id INTEGER PRIMARY KEY, meter_id TEXT NOT NULL, medium TEXT NOT NULL, mfct TEXT NOT NULL,
+  addr TEXT NOT NULL, active INTEGER NOT NULL, event_type TEXT NOT NULL, distance_rp INTEGER NOT NULL,
+  count_rp INTEGER NOT NULL, obis_ids TEXT NOT NULL, logged INTEGER NOT NULL, UNIQUE(meter_id, medium, mfct, addr));
+CREATE TABLE profile_value(profile INTEGER, time INTEGER, obis INTEGER, value_time INTEGER NOT NULL, value,
+  form INTEGER NOT NULL, PRIMARY KEY(profile, time, obis)) WITHOUT ROWID;
+CREATE INDEX profile_value_by_obis ON profile_value(profile, obis, time);
+CREATE INDEX value_by_owner ON value(meter, owner) WHERE owner IS NOT NULL;
+CREATE VIEW profile_values AS
+  SELECT p.meter_id AS meter, p.addr AS collector, p.event_type, v.time, datetime(v.time, 'unixepoch') AS utc,
+    o.name AS obis, $value AS value, f.unit, f.time_source, v.value_time
+  FROM profile p CROSS JOIN profile_value v ON v.profile=p.id CROSS JOIN obis o ON o.id=v.obis
+    CROSS JOIN form f ON f.id=v.form;
+)";
+
+constexpr const char* kSteps[] = {kReadings, kSeries, kConfiguration, kProfiles};
 static_assert(std::size(kSteps) == kSchemaVersion);
 
 std::string WithUnpacking(std::string sql) {

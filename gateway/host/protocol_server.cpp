@@ -23,6 +23,14 @@ bool Send(const vorn::cMsg& request, unsigned int type, const vorn::cRecord& rec
   return request.GetReplyChannel()->Send(answer) == 1;
 }
 
+bool IsAnswer(const cProtocolMessage& row) {
+  return row.direction == eToService && row.answer == 0 && row.refusal == 0;
+}
+
+std::string Sender(const vorn::cMsg& msg) {
+  return msg.GetReplyChannel() != nullptr ? msg.GetReplyChannel()->GetPeer().ToString() : "this process";
+}
+
 }  // namespace
 
 cProtocolServer::cProtocolServer(cServiceHost* host, const cProtocol& protocol)
@@ -35,16 +43,28 @@ void cProtocolServer::On(unsigned int type, Handler handler, eCheck check) {
 bool cProtocolServer::DispatchMessage(const vorn::cMsg& msg) {
   const cProtocolMessage* row = m_protocol.Find(msg.GetType());
   const auto found = m_handlers.find(msg.GetType());
-  std::string error;
-  if (row == nullptr || row->direction != eToService)
-    Refuse(msg, "no request of service \"" + GetName() + "\": " + Describe(msg.GetType()));
-  else if (found == m_handlers.end())
-    Refuse(msg, "not offered by this service: " + Describe(msg.GetType()));
-  else if (found->second.check == eCheck::Table && !CheckParameters(*row, msg.Record(), error))
-    Refuse(msg, error);
+  const cEntry* entry = found != m_handlers.end() ? &found->second : nullptr;
+  const std::string fault = FaultOf(row, entry, msg);
+  if (fault.empty())
+    entry->handler(msg);
+  else if (row != nullptr && IsAnswer(*row))
+    vorn::Trace(
+        Unit(), 4, GetName(), ": ", [&] { return Sender(msg); }, ": ", [&] { return Describe(msg.GetType()); }, ": ",
+        fault);
   else
-    found->second.handler(msg);
+    Refuse(msg, fault);
   return true;
+}
+
+std::string cProtocolServer::FaultOf(const cProtocolMessage* row, const cEntry* entry, const vorn::cMsg& msg) const {
+  std::string fault;
+  if (row == nullptr || row->direction != eToService)
+    fault = "no request of service \"" + GetName() + "\": " + Describe(msg.GetType());
+  else if (entry == nullptr)
+    fault = "not offered by this service: " + Describe(msg.GetType());
+  else if (entry->check == eCheck::Table)
+    CheckParameters(*row, msg.Record(), fault);
+  return fault;
 }
 
 void cProtocolServer::Answer(const vorn::cMsg& request, const vorn::cRecord& record) {

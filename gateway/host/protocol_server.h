@@ -3,6 +3,9 @@
 //
 // A request is checked against the table before its handler sees it. What is unknown, malformed or has no handler is
 // refused with a "reason"; no request stays without an answer. Derive from it and say On(...) for each request.
+//
+// What the table gives neither an answer nor a refusal is itself a client's answer, to something that the service has
+// sent: it goes through the same check to its handler, and what is wrong with it is only traced.
 #pragma once
 
 #include <functional>
@@ -42,6 +45,8 @@ class cProtocolServer : public vorn::cScmServer {
     eCheck check;
   };
 
+  // Why a message does not reach its handler; empty when nothing stands in the way.
+  std::string FaultOf(const cProtocolMessage* row, const cEntry* entry, const vorn::cMsg& msg) const;
   std::string Describe(unsigned int type) const;
 
   const cProtocol& m_protocol;

@@ -23,6 +23,8 @@ constexpr cProtocolMessage kMessages[] = {
   {0x120, "relay",      eToService, {},          0x121, 0x121, "refused by its answer's number"},
   {0x130, "large",      eToService, {},          0x131, 0x132, "answers more than a message holds"},
   {0x140, "unwritten",  eToService, {},          0x141, 0x142, "nobody has written it yet"},
+  {0x150, "told",       eToService, {{kNumber}}, 0,     0,     "a client's answer to what the service has sent"},
+  {0x151, "unheard",    eToService, {},          0,     0,     "one that nobody waits for"},
 };
 // clang-format on
 constexpr cProtocol kProtocol("test", kMessages);
@@ -43,7 +45,10 @@ class cTestServer final : public cProtocolServer {
       answer.AppendTextPar("text", std::string(vorn::kMaxFrameSize, 'x'));
       Answer(request, answer);
     });
+    On(0x150, [this](const vorn::cMsg& told) { m_told.push_back(told.Record().GetUIntPar("number")); });
   }
+
+  std::vector<unsigned int> m_told;
 };
 
 class ProtocolServer : public testing::Test {
@@ -97,6 +102,26 @@ TEST_F(ProtocolServer, RefusesWhatIsNoRequest) {
 
 TEST_F(ProtocolServer, SaysThatAnAnswerIsTooLarge) {
   ExpectRefusal(m_client.Ask(0x130), 0x132, "the answer does not fit one message");
+}
+
+// ---- answers of clients
+
+TEST_F(ProtocolServer, HandsAnAnswerToItsHandlerAndAnswersNothing) {
+  m_client.SendRequest(0x150, Number(7));
+  EXPECT_EQ(m_client.Ask(0x110).GetType(), 0x111u);
+  EXPECT_EQ(m_server.m_told, std::vector<unsigned int>{7});
+  EXPECT_EQ(m_client.CountWaiting(), 0u);
+}
+
+TEST_F(ProtocolServer, OnlyTracesWhatIsWrongWithAnAnswer) {
+  m_client.SendRequest(0x150);
+  m_client.SendRequest(0x151);
+  EXPECT_EQ(m_client.Ask(0x110).GetType(), 0x111u);
+  EXPECT_TRUE(m_server.m_told.empty());
+  EXPECT_THAT(
+      m_trace.GetLines(),
+      testing::ElementsAre(testing::EndsWith(": told (0x150): parameter \"number\" is missing, expected type uint"),
+                           testing::EndsWith(": unheard (0x151): not offered by this service: unheard (0x151)")));
 }
 
 }  // namespace

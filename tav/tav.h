@@ -1,7 +1,16 @@
 // SPDX-License-Identifier: Apache-2.0
-// All of libtav: the vocabulary and records of metering, the OBIS map, the clients of the gateway's services.
+// All of libtav: the vocabulary and records of metering, configuration, the OBIS map, the clients of the gateway's
+// services.
 #pragma once
 
+#include <tav/config/collector_config.h>
+#include <tav/config/config_interface.h>
+#include <tav/config/firmware_manifest.h>
+#include <tav/config/hardware_id.h>
+#include <tav/config/interface_record.h>
+#include <tav/config/meter_config.h>
+#include <tav/config/meter_template.h>
+#include <tav/config/push_target.h>
 #include <tav/obis/obis_map.h>
 #include <tav/obis/obis_map_entry.h>
 #include <tav/record/measurement_entry.h>
@@ -9,5 +18,7 @@
 #include <tav/record/meter_status.h>
 #include <tav/record/meter_tav.h>
 #include <tav/service/db_ctrl_io.h>
+#include <tav/service/db_ctrl_io_driver_notify.h>
 #include <tav/service/db_ctrl_protocol.h>
+#include <tav/service/db_ctrl_request.h>
 #include <tav/service/protocol.h>

@@ -26,6 +26,11 @@ inline void ReadOnlyText(std::string& to, const vorn::cRecordPar& par) {
   to.assign(par.IsText() ? par.GetBytesView() : std::string_view());
 }
 
+// Whether a parameter is there with a value of a type.
+inline bool IsFilled(const vorn::cRecordPar& par, vorn::eParType type) {
+  return par.GetType() == type && !par.IsEmpty();
+}
+
 // What is wrong with a parameter that has to be there with a value of a type; empty when nothing is.
 inline std::string ParFault(const vorn::cRecordPar& par, vorn::eParType type, const char* name) {
   if (!par.IsValid()) return std::string(name) + " invalid";

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <tav/config/config_fields.h>
 
+#include <vector>
+
 #include <tav/framework/helper.h>
 #include <tav/unit_tav.h>
 

@@ -5,8 +5,8 @@
 
 #include <gateway/service/data/page.h>
 #include <gateway/service/data/schema.h>
+#include <gateway/service/data/value_row.h>
 #include <tav/framework/trace.h>
-#include <tav/record/meter_tav.h>
 #include <tav/service/db_ctrl_protocol.h>
 
 namespace tav::data {
@@ -49,18 +49,6 @@ void AppendContents(cTables& tables, const std::string& store, cRecord& to) {
     to.AppendRecordPar(db_ctrl::kStoreValue, pair);
     return true;
   });
-}
-
-cRecord ValueRow(const cValueRow& value, bool withMeter) {
-  cRecord row;
-  if (withMeter) row.AppendTextPar(db_ctrl::kMeterId, value.meterId);
-  row.AppendUIntPar(db_ctrl::kTimestamp, value.time);
-  row.AppendTextPar("time-source", cMeterTav::GetTimeSourceText(static_cast<cMeterTav::eTimeSource>(value.timeSource)));
-  row.AppendTextPar(db_ctrl::kObisId, value.obis);
-  row.AppendTextPar(db_ctrl::kValue, value.value);
-  row.AppendTextPar("unit", value.unit);
-  if (!value.signature.empty()) row.AppendDataPar("signature", vorn::cData(value.signature));
-  return row;
 }
 
 cRecord MeterRow(const cMeterRow& meter) {
@@ -160,7 +148,7 @@ void cDataServer::ListLastValues(const cMsg& request) {
 void cDataServer::ListValues(const cMsg& request) {
   cValueSelection selection;
   selection.meterId = TextPar(request, db_ctrl::kMeterId);
-  selection.obis = TextPar(request, db_ctrl::kObisId);
+  if (const std::string obis = TextPar(request, db_ctrl::kObisId); !obis.empty()) selection.obis = {obis};
   selection.from = UIntPar(request, db_ctrl::kFromUtc, selection.from);
   selection.to = UIntPar(request, db_ctrl::kToUtc, selection.to);
   if (const vorn::cRecordPar after = request.Record().GetPar(db_ctrl::kAfter); after.IsValid()) {

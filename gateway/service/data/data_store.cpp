@@ -69,7 +69,7 @@ cFault cDataStore::Write(const std::function<void(cTables&)>& add) {
     if (cFault fault = CheckLog()) return fault;
     cConnection::Run(*m_connection->begin);
     add(*m_connection->tables);
-    m_connection->tables->readings.Flush();
+    m_connection->tables->Flush();
     cConnection::Run(*m_connection->commit);
     m_failures = 0;
     return cFault();

@@ -15,8 +15,12 @@
 
 #include <gateway/service/data/event_store.h>
 #include <gateway/service/data/fault.h>
+#include <gateway/service/data/meter_selection.h>
+#include <gateway/service/data/profile_query.h>
+#include <gateway/service/data/profile_store.h>
 #include <gateway/service/data/reading_query.h>
 #include <gateway/service/data/reading_store.h>
+#include <gateway/service/data/stored_readings.h>
 #include <gateway/service/data/value_store.h>
 
 namespace tav::data {
@@ -35,12 +39,33 @@ struct cDataOptions {
 // The tables of an open database.
 struct cTables {
   explicit cTables(SQLite::Database& database)
-      : readings(database), query(database), events(database), values(database) {}
+      : readings(database),
+        query(database),
+        events(database),
+        values(database),
+        meters(database),
+        storedReadings(database, query),
+        profiles(database, query),
+        profileQuery(database, query) {
+    readings.OnStored([this](std::int64_t meter, std::int64_t time) { profiles.Stored(meter, time); });
+  }
+  cTables(const cTables&) = delete;
+  cTables& operator=(const cTables&) = delete;
+
+  // Call before the commit: what was gathered beside the readings.
+  void Flush() {
+    readings.Flush();
+    profiles.Flush();
+  }
 
   cReadingStore readings;
   cReadingQuery query;
   cEventStore events;
   cValueStore values;
+  cMeterSelection meters;
+  cStoredReadings storedReadings;
+  cProfileStore profiles;
+  cProfileQuery profileQuery;
 };
 
 class cDataStore {

@@ -3,6 +3,7 @@
 
 #include <SQLiteCpp/Database.h>
 
+#include <algorithm>
 #include <cstring>
 
 #include <gateway/service/data/decimal_code.h>
@@ -26,16 +27,6 @@ constexpr const char* kLast =
     "SELECT s.meter, s.obis, s.time, s.value, s.form, m.name FROM series s CROSS JOIN meter m ON m.id=s.meter "
     "WHERE (s.meter, s.obis)>(?,?) ORDER BY s.meter, s.obis";
 
-cStoredValue StoredValue(const SQLite::Column& column) {
-  if (column.isInteger()) return std::int64_t{column.getInt64()};
-  return column.getString();
-}
-
-std::string TextOf(const cStoredValue& value) {
-  const auto* packed = std::get_if<std::int64_t>(&value);
-  return packed != nullptr ? UnpackDecimal(*packed) : std::get<std::string>(value);
-}
-
 unsigned int UInt(const SQLite::Column& column) { return static_cast<unsigned int>(column.getInt64()); }
 
 void AppendRaw(std::string& to, std::int64_t number) {
@@ -46,6 +37,14 @@ std::int64_t TakeRaw(std::string_view& from) {
   std::int64_t number = 0;
   std::memcpy(&number, from.data(), sizeof number);
   from.remove_prefix(sizeof number);
+  return number;
+}
+
+std::optional<std::int64_t> FindName(SQLite::Statement& statement, const std::string& name) {
+  std::optional<std::int64_t> number;
+  statement.bindNoCopy(1, name);
+  if (statement.executeStep()) number = statement.getColumn(0).getInt64();
+  statement.reset();
   return number;
 }
 
@@ -90,6 +89,7 @@ std::optional<cValueCursor> cValueCursor::FromBytes(std::string_view bytes) {
 cReadingQuery::cReadingQuery(SQLite::Database& database)
     : m_meters(database, "SELECT id, name FROM meter WHERE name>? ORDER BY name"),
       m_findMeter(database, "SELECT id FROM meter WHERE name=?"),
+      m_findObis(database, "SELECT id FROM obis WHERE name=?"),
       m_lastReading(database, kLastReading),
       m_firstReading(database, "SELECT time FROM reading WHERE meter=? ORDER BY time LIMIT 1"),
       m_countOf(database, "SELECT ifnull(sum(count), 0) FROM series WHERE meter=?"),
@@ -102,6 +102,8 @@ cReadingQuery::cReadingQuery(SQLite::Database& database)
       m_countValues(database, "SELECT ifnull(sum(count), 0) FROM series") {}
 
 const char* cReadingQuery::GetPageSql() { return kPage; }
+
+const char* cReadingQuery::GetLastSql() { return kLast; }
 
 void cReadingQuery::ListMeters(const std::string& after, const std::function<bool(const cMeterRow&)>& row) {
   m_meters.bindNoCopy(1, after);
@@ -133,11 +135,16 @@ void cReadingQuery::FillMeter(std::int64_t meter, cMeterRow& row) {
 }
 
 std::optional<std::int64_t> cReadingQuery::FindMeter(const std::string& meterId) {
-  std::optional<std::int64_t> meter;
-  m_findMeter.bindNoCopy(1, meterId);
-  if (m_findMeter.executeStep()) meter = m_findMeter.getColumn(0).getInt64();
-  m_findMeter.reset();
-  return meter;
+  return FindName(m_findMeter, meterId);
+}
+
+std::optional<std::int64_t> cReadingQuery::FindObis(const std::string& name) { return FindName(m_findObis, name); }
+
+std::vector<std::int64_t> cReadingQuery::FindAllObis(const std::vector<std::string>& names) {
+  std::vector<std::int64_t> found;
+  for (const std::string& name : names)
+    if (const auto obis = FindObis(name)) found.push_back(*obis);
+  return found;
 }
 
 void cReadingQuery::ListLast(const std::string& meterId, const cLastCursor& after,
@@ -151,7 +158,7 @@ void cReadingQuery::ListLast(const std::string& meterId, const cLastCursor& afte
     const cLastCursor at{m_last.getColumn(0).getInt64(), m_last.getColumn(1).getInt64()};
     if (only && at.meter != *only) break;
     const cForm& form = FormOf(m_last.getColumn(4).getInt64());
-    const cStoredValue value = StoredValue(m_last.getColumn(3));
+    const cStoredValue value = StoredValueOf(m_last.getColumn(3));
     const unsigned int time = UInt(m_last.getColumn(2));
     if (!row({m_last.getColumn(5).getString(), NameOf(at.obis), TextOf(value), form.unit,
               ReadSignature(at.meter, {time, at.obis, value}), time, form.timeSource},
@@ -162,9 +169,11 @@ void cReadingQuery::ListLast(const std::string& meterId, const cLastCursor& afte
 }
 
 std::optional<cValueCursor> cReadingQuery::ListValues(
-    const cValueSelection& selection, const std::function<bool(const cValueRow&, const cValueCursor&)>& row) {
+    const cValueSelection& selection, const std::function<bool(const cValueRow&, const cValueCursor&)>& row,
+    unsigned int& left) {
   const std::optional<std::int64_t> meter = FindMeter(selection.meterId);
-  if (!meter) return std::nullopt;
+  const std::vector<std::int64_t> only = FindAllObis(selection.obis);
+  if (!meter || only.empty() != selection.obis.empty()) return std::nullopt;
   cValueCursor at{selection.from, -1, std::int64_t{0}};
   if (selection.after && selection.after->time >= at.time) at = *selection.after;
   const cStoredValue begin = at.value;
@@ -174,19 +183,17 @@ std::optional<cValueCursor> cReadingQuery::ListValues(
   BindValue(m_page, 4, begin);
   m_page.bind(5, selection.to);
   bool more = true;
-  unsigned int scanned = 0;
-  while (more && scanned < kMaxScanned && m_page.executeStep()) {
-    ++scanned;
-    at = {m_page.getColumn(0).getInt64(), m_page.getColumn(1).getInt64(), StoredValue(m_page.getColumn(2))};
-    const std::string& obis = NameOf(at.obis);
-    if (!selection.obis.empty() && obis != selection.obis) continue;
+  while (more && left != 0 && m_page.executeStep()) {
+    --left;
+    at = {m_page.getColumn(0).getInt64(), m_page.getColumn(1).getInt64(), StoredValueOf(m_page.getColumn(2))};
+    if (!only.empty() && std::find(only.begin(), only.end(), at.obis) == only.end()) continue;
     const cForm& form = FormOf(m_page.getColumn(3).getInt64());
-    more = row({selection.meterId, obis, TextOf(at.value), form.unit, ReadSignature(*meter, at),
+    more = row({selection.meterId, NameOf(at.obis), TextOf(at.value), form.unit, ReadSignature(*meter, at),
                 static_cast<unsigned int>(at.time), form.timeSource},
                at);
   }
   m_page.reset();
-  return more && scanned == kMaxScanned ? std::optional(at) : std::nullopt;
+  return more && left == 0 ? std::optional(at) : std::nullopt;
 }
 
 std::string cReadingQuery::ReadSignature(std::int64_t meter, const cValueCursor& at) {
@@ -223,5 +230,15 @@ const cReadingQuery::cForm& cReadingQuery::FormOf(std::int64_t form) {
 std::uint64_t cReadingQuery::CountMeters() { return Number(m_countMeters); }
 
 std::uint64_t cReadingQuery::CountValues() { return Number(m_countValues); }
+
+cStoredValue StoredValueOf(const SQLite::Column& column) {
+  if (column.isInteger()) return std::int64_t{column.getInt64()};
+  return column.getString();
+}
+
+std::string TextOf(const cStoredValue& value) {
+  const auto* packed = std::get_if<std::int64_t>(&value);
+  return packed != nullptr ? UnpackDecimal(*packed) : std::get<std::string>(value);
+}
 
 }  // namespace tav::data

@@ -12,6 +12,7 @@
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <vector>
 
 #include <gateway/service/data/series.h>
 
@@ -52,7 +53,7 @@ struct cValueRow {
 
 struct cValueSelection {
   std::string meterId = {};
-  std::string obis = {};  // empty: all
+  std::vector<std::string> obis = {};  // empty: all
   unsigned int from = 0;
   unsigned int to = 0xFFFFFFFF;
   std::optional<cValueCursor> after = {};
@@ -72,27 +73,41 @@ class cReadingQuery {
                 const std::function<bool(const cValueRow&, const cLastCursor&)>& row);
   // Values ascending in time until the function returns false. The place to go on from when kMaxScanned ended it.
   std::optional<cValueCursor> ListValues(const cValueSelection& selection,
-                                         const std::function<bool(const cValueRow&, const cValueCursor&)>& row);
+                                         const std::function<bool(const cValueRow&, const cValueCursor&)>& row) {
+    unsigned int left = kMaxScanned;
+    return ListValues(selection, row, left);
+  }
+  // The same for one of several meters: left is how many values may still be looked at.
+  std::optional<cValueCursor> ListValues(const cValueSelection& selection,
+                                         const std::function<bool(const cValueRow&, const cValueCursor&)>& row,
+                                         unsigned int& left);
   std::uint64_t CountMeters();
   std::uint64_t CountValues();
 
-  // The statement behind ListValues, for a test of its plan.
-  static const char* GetPageSql();
-
- private:
+  // ---- what the tables hold by number
   struct cForm {
     std::string unit;
     unsigned int timeSource = 0;
   };
-
-  void FillMeter(std::int64_t meter, cMeterRow& row);
   std::optional<std::int64_t> FindMeter(const std::string& meterId);
-  std::string ReadSignature(std::int64_t meter, const cValueCursor& at);
+  std::optional<std::int64_t> FindObis(const std::string& name);
+  // The numbers of those that are known.
+  std::vector<std::int64_t> FindAllObis(const std::vector<std::string>& names);
   const std::string& NameOf(std::int64_t obis);
   const cForm& FormOf(std::int64_t form);
+  // Empty when there is none.
+  std::string ReadSignature(std::int64_t meter, const cValueCursor& at);
+
+  // The statements behind ListValues and ListLast, for a test of their plans.
+  static const char* GetPageSql();
+  static const char* GetLastSql();
+
+ private:
+  void FillMeter(std::int64_t meter, cMeterRow& row);
 
   SQLite::Statement m_meters;
   SQLite::Statement m_findMeter;
+  SQLite::Statement m_findObis;
   SQLite::Statement m_lastReading;
   SQLite::Statement m_firstReading;
   SQLite::Statement m_countOf;
@@ -106,5 +121,9 @@ class cReadingQuery {
   std::unordered_map<std::int64_t, std::string> m_names;
   std::unordered_map<std::int64_t, cForm> m_forms;
 };
+
+// A value of the tables, and its text.
+cStoredValue StoredValueOf(const SQLite::Column& column);
+std::string TextOf(const cStoredValue& value);
 
 }  // namespace tav::data

@@ -146,6 +146,7 @@ bool cReadingStore::AddEntries(const cReadingView& reading, std::size_t begin, s
     m_series.Add(row.meter, value.obis, reading.entries[at].timestamp, value.value, value.form);
     if (!reading.entries[at].signature.empty()) InsertSignature(reading.entries[at], row.meter, value);
   }
+  if (stored && m_onStored) m_onStored(row.meter, time);
   return stored;
 }
 

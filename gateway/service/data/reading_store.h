@@ -10,7 +10,9 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <gateway/service/data/dictionary.h>
@@ -31,6 +33,8 @@ class cReadingStore {
 
   // Refused: see kMaxSequence.
   eOutcome Add(const cReadingView& reading);
+  // To be called for each time that values were stored of, with the number of their meter.
+  void OnStored(std::function<void(std::int64_t meter, std::int64_t time)> call) { m_onStored = std::move(call); }
   // Call before the commit.
   void Flush() { m_series.Flush(); }
 
@@ -78,6 +82,7 @@ class cReadingStore {
   cValueInsert m_insertValues;
   std::vector<cNewValue> m_values;  // of the entries at hand, kept for their room
   std::vector<cPlace> m_places;
+  std::function<void(std::int64_t, std::int64_t)> m_onStored;
 };
 
 }  // namespace tav::data

@@ -84,7 +84,7 @@ TEST_F(ReadingQuery, SelectsByMeterTimeAndIdentifier) {
     Store(Reading("M", kNoon + i, {{"1-0:1.8.0", "1"}, {"1-0:2.8.0", "2"}}));
     Store(Reading("N", kNoon + i, {{"1-0:1.8.0", "9"}}));
   }
-  cValueSelection selection{.meterId = "M", .obis = "1-0:2.8.0", .from = kNoon + 1, .to = kNoon + 2};
+  cValueSelection selection{.meterId = "M", .obis = {"1-0:2.8.0"}, .from = kNoon + 1, .to = kNoon + 2};
   EXPECT_EQ(Page(selection, 100), (std::vector<std::string>{"1 1-0:2.8.0 2", "2 1-0:2.8.0 2"}));
 }
 
@@ -93,7 +93,7 @@ TEST_F(ReadingQuery, KnowsNothingOfAMeterThatNeverCame) {
   cValueSelection selection{.meterId = "N"};
   EXPECT_TRUE(Page(selection, 100).empty());
   selection.meterId = "M";
-  selection.obis = "9-9:9.9.9";
+  selection.obis = {"9-9:9.9.9"};
   EXPECT_TRUE(Page(selection, 100).empty());
 }
 
@@ -123,7 +123,7 @@ TEST_F(ReadingQuery, APageOfFewMatchesEndsWithACursorToGoOn) {
       .exec("WITH RECURSIVE n(i) AS (VALUES(1) UNION ALL SELECT i+1 FROM n WHERE i<" + std::to_string(kValues) +
             ") INSERT INTO value SELECT 1, 1700000000+i, 1, 0, 1, NULL FROM n");
   Store(Reading("M", kNoon + kValues + 1, {{"1-0:2.8.0", "1"}}));
-  cValueSelection selection{.meterId = "M", .obis = "1-0:2.8.0"};
+  cValueSelection selection{.meterId = "M", .obis = {"1-0:2.8.0"}};
   std::vector<std::string> found;
   const auto take = [&](const cValueRow& row, const cValueCursor&) {
     found.push_back(row.value);

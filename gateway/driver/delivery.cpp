@@ -34,8 +34,9 @@ bool IsRefusal(const vorn::cMsg& msg) {
 
 }  // namespace
 
-cDelivery::cDelivery(vorn::cScmService* service, const std::string& driver, std::function<void()> onProgress)
-    : cDbCtrlIO(service, driver), m_onProgress(std::move(onProgress)) {}
+cDelivery::cDelivery(vorn::cScmService* service, const std::string& driver, std::function<void()> onProgress,
+                     std::function<void()> onRegistered)
+    : cDbCtrlIO(service, driver), m_onProgress(std::move(onProgress)), m_onRegistered(std::move(onRegistered)) {}
 
 // The queue sends its front when it can. Whether it did shows in its length: then the message that stood in front is
 // noted as handed over.
@@ -104,6 +105,7 @@ bool cDelivery::DispatchMessage(const vorn::cMsg& msg) {
   if (AnsweredBy(msg) != 0) Settle(msg);
   const bool handled = Track(nullptr, [&] { return cDbCtrlIO::DispatchMessage(msg); });
   if (IsRefusal(msg)) SendNext();
+  if (msg.GetType() == db_ctrl::eDriverRegistered && m_onRegistered) m_onRegistered();
   m_onProgress();
   return handled;
 }

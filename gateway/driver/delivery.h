@@ -29,8 +29,10 @@ class cDelivery : public cDbCtrlIO {
   // Most readings under way (queued or handed over) that a source which can wait should cause.
   static constexpr std::size_t kWindow = 40;
 
-  // onProgress is called after every answer of the service and every change of the connection.
-  cDelivery(vorn::cScmService* service, const std::string& driver, std::function<void()> onProgress);
+  // onProgress is called after every answer of the service and every change of the connection; onRegistered before it,
+  // when the service has taken this driver, after each connection anew.
+  cDelivery(vorn::cScmService* service, const std::string& driver, std::function<void()> onProgress,
+            std::function<void()> onRegistered = {});
 
   void Deliver(const cMeterRecord& reading);
   // Hands over an event of the driver. It shares the readings' queue, but drives none out of a full one: then it is
@@ -52,6 +54,7 @@ class cDelivery : public cDbCtrlIO {
   void SendNext();
 
   std::function<void()> m_onProgress;
+  std::function<void()> m_onRegistered;
   std::deque<vorn::cMsg> m_handedOver;  // and not answered yet, oldest first
   cDeliveryCounts m_counts;
 };

@@ -24,6 +24,8 @@ struct cInputSpec {
   std::string ToString() const;
   // A device or a connection may come back; a file has an end.
   bool IsLive() const { return kind == eInputKind::Serial || kind == eInputKind::Tcp; }
+
+  friend bool operator==(const cInputSpec&, const cInputSpec&) = default;
 };
 
 // Whether the serial settings can be used; the reason in error.

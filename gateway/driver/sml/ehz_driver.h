@@ -1,35 +1,24 @@
 // SPDX-License-Identifier: Apache-2.0
-// cEhzDriver: the process of the SML driver. Bytes come from an input, go through the reader, become readings, pass the
-// rules and the storage interval, and leave through the delivery.
-//
-// An input that can wait is held back while the service is behind; one that cannot feeds the delivery's bounded queue.
+// cEhzDriver: the process of the SML driver. It has the one interface that the command line tells, or those that the
+// gateway's configuration gives it, which it follows without a restart; what they read leaves through the delivery.
 #pragma once
 
-#include <deque>
 #include <map>
 #include <memory>
 #include <optional>
 #include <string>
 
 #include <gateway/driver/delivery.h>
-#include <gateway/driver/input/byte_input.h>
-#include <gateway/driver/sml/capture_feed.h>
+#include <gateway/driver/interface_follower.h>
+#include <gateway/driver/sml/ehz_interface.h>
 #include <gateway/driver/sml/ehz_options.h>
-#include <gateway/driver/sml/sml_reader.h>
 #include <tav/framework/scm_service.h>
 #include <tav/framework/timer.h>
 #include <tav/framework/watch.h>
-#include <tav/obis/obis_map.h>
 
 namespace tav::sml {
 
-struct cEhzCounts {
-  std::uint64_t filtered = 0;   // readings of which no value passed the rules, or of other meters
-  std::uint64_t skipped = 0;    // readings between two storage times
-  std::uint64_t valueless = 0;  // lists without a value to store, or without a server id
-};
-
-class cEhzDriver : public vorn::cScmService, private cSmlSink {
+class cEhzDriver : public vorn::cScmService, private cEhzOwner, private cInterfaceOwner {
  public:
   // No clock: cClock::Steady().
   cEhzDriver(const cEhzOptions& options, const cObisMap& rules, std::shared_ptr<const vorn::cClock> clock = nullptr);
@@ -42,52 +31,50 @@ class cEhzDriver : public vorn::cScmService, private cSmlSink {
   std::string Summary() const;
 
  private:
-  // The loop's own messages, of timers.
-  enum eTimerMessage : unsigned int { eInputTimer = 0x100, eBegin, eGiveUp };
+  // The loop's own messages, of timers; from eInputTimer on one each interface.
+  enum eTimerMessage : unsigned int { eBegin = 0x100, eGiveUp, eInputTimer };
 
-  void OnList(const cSmlFrame& frame, const cSmlList& list) override;
-  void OnFault(const cSmlFrame& frame, const cSmlFault& fault) override;
-  void OnFrame(const cSmlFrame& frame) override;
+  struct cOpen {
+    unsigned int timerType;
+    std::unique_ptr<cEhzInterface> interface;
+  };
 
-  cInputEvents MakeEvents();
-  std::unique_ptr<cByteInput> MakeInput();
-  void OnBytes(const unsigned char* bytes, std::size_t size);
+  // What the interfaces ask.
+  bool HasRoom() const override { return m_delivery.GetOpen() < cDelivery::kWindow; }
+  void Deliver(const cMeterRecord& reading) override { m_delivery.Deliver(reading); }
+  void Report(const vorn::cRecord& event) override { m_delivery.Report(event); }
+  void OnHeld() override;
+  void OnEnded() override;
+  void OnFailed(const std::string& why) override;
+
+  // What the configuration says.
+  void OnInterfaces(const std::vector<cInterfaceRecord>& interfaces) override;
+  std::string OnInterfaceChanged(const cInterfaceRecord& interface) override;
+  void OnInterfaceDeleted(const std::string& name) override { Close(name); }
+  std::string OnCommand(const cDbCtrlIODriverNotify& command) override;
+
+  void Open(const cEhzSettings& settings);
+  void Close(const std::string& name);
+  void ReportRefused(const std::string& name, const std::string& reason);
   void OnProgress();
-  void FeedPending();
-  void HoldInput();
-  void OnInputLost(const std::string& reason);
-  void OnInputOpen();
-  void OnInputEnd(const std::string& why);
-  void FailInput(const std::string& why);
+  void Feed();
   void OnSignal(int signal);
-  void EndWhenDone();
   void GiveUpLater();
   void GiveUp();
-  void ReportInput(const char* event, const std::string& reason);
-  void TakeReading(const cMeterRecord& reading);
-  bool HasRoom() const { return m_delivery.GetOpen() < cDelivery::kWindow; }
-  bool IsReadToEnd() const { return m_inputEnded && m_pending.empty() && m_held.empty(); }
-  bool IsMeterWanted(const std::string& meterId) const;
-  bool IsTimeWanted(const cMeterRecord& reading);
+  bool IsReadToEnd() const;
 
   cEhzOptions m_options;
   cObisMap m_rules;
-  cSmlReader m_reader;
-  cCaptureFeed m_feed;
+  std::map<std::string, cOpen> m_interfaces;  // by name
+  cEhzCounts m_closed;                        // counts of interfaces that are no more
   cDelivery m_delivery;
+  cInterfaceFollower m_follower;
   vorn::cTimer m_begin;
   vorn::cTimer m_giveUp;
-  std::unique_ptr<cByteInput> m_input;
   std::optional<vorn::cSignalWatch> m_signals;
-  std::string m_pending;            // bytes of an input that waits, not yet read
-  std::deque<cMeterRecord> m_held;  // of such an input, read and not delivered: a frame may have many lists
-  std::map<std::string, std::uint32_t> m_lastStored;  // meter identifier to the slot of its last stored reading
-  cEhzCounts m_counts;
+  unsigned int m_nextTimer = eInputTimer;
   std::uint64_t m_answers = 0;  // of the service, when we last looked
-  bool m_inputOpened = false;   // at least once
-  bool m_inputLost = false;     // and reported
-  bool m_inputEnded = false;
-  bool m_ending = false;  // by a signal
+  bool m_ending = false;        // by a signal
   int m_exitCode = eExitOk;
 };
 

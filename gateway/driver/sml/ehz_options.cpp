@@ -10,7 +10,6 @@ namespace tav::sml {
 
 namespace {
 
-constexpr unsigned int kMostSimulatedMeters = 1000;
 constexpr unsigned int kLongestWait = 86400;
 
 std::string CheckMedium(const std::string& medium) {
@@ -24,10 +23,11 @@ void Describe(CLI::App& app, cEhzOptions& options, std::uint32_t& simBegin) {
   app.add_option("--dir", options.directory,
                  "Directory of the service sockets (default: VORN_DIR, $XDG_RUNTIME_DIR/vorn, /run/vorn)");
   app.add_option("--interface", options.interfaceName,
-                 "Name of the interface (default: SIM for the simulation, else RS232)");
+                 "Name of the interface (default: SIM for the simulation, else RS232); without --input: only this one "
+                 "of the configured interfaces");
   app.add_option("--input", options.inputText,
-                 "A serial device, tcp://host:port, a file, '-' for standard input, or 'sim' for simulated meters")
-      ->required();
+                 "A serial device, tcp://host:port, a file, '-' for standard input, or 'sim' for simulated meters; "
+                 "without it the driver works by the gateway's configuration");
   app.add_option("--baud", options.input.baud, "Bits per second of a serial device")->capture_default_str();
   app.add_option("--framing", options.input.framing, "Data bits, parity and stop bits of a serial device")
       ->capture_default_str();
@@ -65,9 +65,23 @@ void Describe(CLI::App& app, cEhzOptions& options, std::uint32_t& simBegin) {
   app.add_flag("--solar", options.simulation.simulator.solar, "Simulation: panels on the roof");
 }
 
+// What says how to read a meter comes from one place.
+bool CheckConfigured(const CLI::App& app, std::string& error) {
+  for (const char* option : {"--input", "--baud", "--framing", "--medium", "--interval", "--meter", "--raw", "--once",
+                             "--seed", "--meters", "--period", "--rounds", "--begin", "--solar"}) {
+    if (app.count(option) == 0) continue;
+    error = app.count("--input") != 0 ? "--input: the input is empty; expected a device, a file, '-' or tcp://host:port"
+                                      : std::string(option) + " needs --input; without it the configuration is obeyed";
+    return false;
+  }
+  return true;
+}
+
 bool Complete(const CLI::App& app, cEhzOptions& options, std::uint32_t simBegin, std::string& error) {
   options.simulated = options.inputText == "sim";
   if (app.count("--begin") != 0) options.simulation.begin = simBegin;
+  options.configured = options.inputText.empty();
+  if (options.configured) return CheckConfigured(app, error);
   if (options.interfaceName.empty()) options.interfaceName = options.simulated ? "SIM" : "RS232";
   if (options.simulated) return true;
   if (!cInputSpec::Parse(options.inputText, options.input, error)) {

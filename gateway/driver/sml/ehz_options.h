@@ -22,6 +22,7 @@ struct cEhzOptions {
   std::string directory;  // of the service sockets; empty: the framework's default
   std::string interfaceName;
   std::string inputText;
+  bool configured = false;  // no input is given: the gateway's configuration is obeyed
   bool simulated = false;
   cInputSpec input;
   cSimulatedInputOptions simulation;

@@ -12,11 +12,15 @@
 
 namespace tav::sml {
 
+constexpr unsigned int kMostSimulatedMeters = 1000;
+
 struct cSimulatedInputOptions {
   cSmlSimulatorOptions simulator;
   unsigned int periodSeconds = 2;
   std::uint64_t rounds = 0;            // of telegrams, then the input ends; 0: it does not
   std::optional<std::uint32_t> begin;  // time of the first round, seconds since 1970-01-01 UTC; none: the wall clock
+
+  friend bool operator==(const cSimulatedInputOptions&, const cSimulatedInputOptions&) = default;
 };
 
 class cSimulatedInput : public cByteInput {

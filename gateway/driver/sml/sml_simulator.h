@@ -25,6 +25,8 @@ struct cSmlSimulatorOptions {
   std::uint32_t status = 0;  // status word sent with the energies; 0 means that all is well
   // When the meters were installed, in seconds since 1970-01-01 UTC; 2025-01-01. Their registers start at zero then.
   std::uint32_t begin = 1735689600;
+
+  friend bool operator==(const cSmlSimulatorOptions&, const cSmlSimulatorOptions&) = default;
 };
 
 // What the house takes and gives at a moment, in milliwatts.

@@ -111,7 +111,9 @@ TEST(EhzOptions, RefuseAWrongOneAndSayWhich) {
     std::vector<std::string> arguments;
     const char* complaint;
   } kCases[] = {
-      {{}, "--input is required"},
+      {{"--once"}, "ehzif: --once needs --input; without it the configuration is obeyed"},
+      {{"--meter", "X"}, "ehzif: --meter needs --input"},
+      {{"--seed", "2"}, "ehzif: --seed needs --input"},
       {{"--input"}, "--input"},
       {{"--input", ""}, "ehzif: --input: the input is empty"},
       {{"--input", "tcp://meter"}, "ehzif: --input: 'tcp://meter' is no address of the form tcp://host:port"},
@@ -141,6 +143,15 @@ TEST(EhzOptions, RefuseAWrongOneAndSayWhich) {
     EXPECT_EQ(parsed.exitCode, eExitUsage) << complaint;
     EXPECT_THAT(parsed.complained, HasSubstr(complaint));
   }
+}
+
+TEST(EhzOptions, WithoutAnInputTheConfigurationIsObeyed) {
+  const cParsed parsed = Parse({"--dir", "/tmp/x", "--interface", "SIM"});
+  EXPECT_TRUE(parsed.runs);
+  EXPECT_TRUE(parsed.options.configured);
+  EXPECT_EQ(parsed.options.interfaceName, "SIM");
+  EXPECT_EQ(Parse({}).options.interfaceName, "") << "all interfaces";
+  EXPECT_FALSE(Parse({"--input", "sim"}).options.configured);
 }
 
 TEST(EhzOptions, ExplainThemselves) {

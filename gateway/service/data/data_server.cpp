@@ -79,7 +79,11 @@ cPage PageOf(const cMsg& request, cRecord& answer) {
 }  // namespace
 
 cDataServer::cDataServer(gateway::cServiceHost* host, cDataStore* store)
-    : cProtocolServer(host, db_ctrl::kProtocol), m_store(store), m_group(host, this, store) {
+    : cProtocolServer(host, db_ctrl::kProtocol),
+      m_store(store),
+      m_group(host, this, store),
+      m_config(this, store, &m_drivers),
+      m_commands(host, this, store, &m_drivers) {
   // Readings are judged one by one: a bad one must not lose the good ones.
   On(
       db_ctrl::eStoreMeterRec, [this](const cMsg& request) { m_group.Add(request); }, eCheck::Own);
@@ -93,11 +97,16 @@ cDataServer::cDataServer(gateway::cServiceHost* host, cDataStore* store)
   On(db_ctrl::eListEvents, [this](const cMsg& request) { ListEvents(request); });
   On(db_ctrl::eListStores, [this](const cMsg& request) { ListStores(request); });
   On(db_ctrl::eGetStatistics, [this](const cMsg& request) { GetStatistics(request); });
+  for (const auto& [type, handler] : m_config.GetHandlers()) On(type, handler);
+  for (const auto& [type, handler] : m_commands.GetHandlers()) On(type, handler);
 }
 
 cDataServer::~cDataServer() { m_group.Finish(); }
 
-void cDataServer::OnClose(vorn::cScmChannel& channel) { m_drivers.erase(&channel); }
+void cDataServer::OnClose(vorn::cScmChannel& channel) {
+  m_drivers.Remove(channel);
+  m_commands.OnClose(channel);
+}
 
 void cDataServer::Question(const cMsg& request, const Ask& ask) {
   m_group.Commit();
@@ -113,7 +122,7 @@ void cDataServer::RegisterDriver(const cMsg& request) {
   static vorn::cUnit* const unit = vorn::cUnit::Find("UnitData");
   const std::string driver = TextPar(request, db_ctrl::kDriver);
   if (driver.empty()) return Refuse(request, "the name of the driver is empty");
-  m_drivers[request.GetReplyChannel().get()] = driver;
+  m_drivers.Register(request.GetReplyChannel(), driver);
   vorn::Trace(unit, 16, "driver '", driver, "' registered by ", [&] {
     return request.GetReplyChannel() != nullptr ? request.GetReplyChannel()->GetPeer().ToString() : "this process";
   });
@@ -209,7 +218,7 @@ void cDataServer::GetStatistics(const cMsg& request) {
         {"file-bytes", m_store->GetFileBytes()},
         {"wal-bytes", m_store->GetWalBytes()},
         {"schema-version", static_cast<std::uint64_t>(kSchemaVersion)},
-        {"drivers", m_drivers.size()},
+        {"drivers", m_drivers.GetCount()},
         {"clients", GetChannels().size()},
         {"commits-since-start", counters.commits},
         {"readings-since-start", counters.readings},

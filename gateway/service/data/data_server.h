@@ -11,7 +11,10 @@
 #include <string>
 
 #include <gateway/host/protocol_server.h>
+#include <gateway/service/data/config_requests.h>
 #include <gateway/service/data/data_store.h>
+#include <gateway/service/data/driver_commands.h>
+#include <gateway/service/data/driver_registry.h>
 #include <gateway/service/data/store_group.h>
 
 namespace tav::data {
@@ -50,7 +53,9 @@ class cDataServer final : public gateway::cProtocolServer {
 
   cDataStore* m_store;
   cStoreGroup m_group;
-  std::map<const vorn::cScmChannel*, std::string> m_drivers;
+  cDriverRegistry m_drivers;
+  cConfigRequests m_config;
+  cDriverCommands m_commands;
 };
 
 }  // namespace tav::data

@@ -35,8 +35,10 @@ struct cDataStore::cConnection {
     tables.reset();
     begin.reset();
     commit.reset();
+    rollback.reset();
     begin.emplace(database, "BEGIN IMMEDIATE");
     commit.emplace(database, "COMMIT");
+    rollback.emplace(database, "ROLLBACK");
     tables.emplace(database);
   }
   static void Run(SQLite::Statement& statement) {
@@ -48,6 +50,7 @@ struct cDataStore::cConnection {
   bool prepared = false;
   std::optional<SQLite::Statement> begin;
   std::optional<SQLite::Statement> commit;
+  std::optional<SQLite::Statement> rollback;
   std::optional<cTables> tables;
 };
 
@@ -63,14 +66,21 @@ cFault cDataStore::Open() {
 }
 
 cFault cDataStore::Write(const std::function<void(cTables&)>& add) {
+  return Change([&](cTables& tables) {
+    add(tables);
+    tables.Flush();
+    return true;
+  });
+}
+
+cFault cDataStore::Change(const std::function<bool(cTables&)>& change) {
   return Guarded([&] {
     if (cFault fault = Ready()) return fault;
     if (cFault fault = CheckPlace()) return fault;
     if (cFault fault = CheckLog()) return fault;
     cConnection::Run(*m_connection->begin);
-    add(*m_connection->tables);
-    m_connection->tables->Flush();
-    cConnection::Run(*m_connection->commit);
+    const bool good = change(*m_connection->tables);
+    cConnection::Run(good ? *m_connection->commit : *m_connection->rollback);
     m_failures = 0;
     return cFault();
   });

@@ -13,6 +13,7 @@
 #include <memory>
 #include <string>
 
+#include <gateway/service/data/config_store.h>
 #include <gateway/service/data/event_store.h>
 #include <gateway/service/data/fault.h>
 #include <gateway/service/data/meter_selection.h>
@@ -43,6 +44,7 @@ struct cTables {
         query(database),
         events(database),
         values(database),
+        config(database),
         meters(database),
         storedReadings(database, query),
         profiles(database, query),
@@ -62,6 +64,7 @@ struct cTables {
   cReadingQuery query;
   cEventStore events;
   cValueStore values;
+  cConfigStore config;
   cMeterSelection meters;
   cStoredReadings storedReadings;
   cProfileStore profiles;
@@ -91,6 +94,9 @@ class cDataStore {
   // Opens the file, makes it when there is none, and brings its tables up to date. The directory must be there.
   cFault Open();
   cFault Write(const std::function<void(cTables&)>& add);
+  // The same for what may turn out to be wrong on the way: when the function says false, all that it did is taken back,
+  // and that is no fault. Not for readings, whose numbers are remembered.
+  cFault Change(const std::function<bool(cTables&)>& change);
   cFault Read(const std::function<void(cTables&)>& ask);
 
   // Whether an idle moment should be used for Checkpoint, which moves the log into the database file.

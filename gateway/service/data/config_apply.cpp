@@ -1,0 +1,129 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <gateway/service/data/config_apply.h>
+
+#include <algorithm>
+
+#include <tav/service/db_ctrl_protocol.h>
+
+namespace tav::data {
+
+namespace {
+
+using vorn::cRecord;
+
+// Why a thing that the message does not hold has to stay all the same.
+constexpr const char* kReplaced = "to be deleted";
+
+bool AreSame(const cMeterConfig& a, const cMeterConfig& b) {
+  return a.meterID == b.meterID && a.medium == b.medium && a.mfct == b.mfct;
+}
+
+}  // namespace
+
+// ---- reading
+
+bool cConfigApply::Read(const cRecord& request) {
+  m_replace = request.GetBoolPar(db_ctrl::kReplace);
+  ReadAll(request, db_ctrl::kInterfaceRecord, m_interfaces, ReadInterface);
+  ReadAll(request, db_ctrl::kMeterConfigRecord, m_meters, ReadMeter);
+  ReadAll(request, db_ctrl::kPushTargetRecord, m_targets, ReadPushTarget);
+  ReadAll(request, db_ctrl::kMeterTemplateRecord, m_templates,
+          [](const cRecord& record, const cPlace& at, cTemplate& to) {
+            return ReadTemplate(record, at, to.name, to.form);
+          });
+  RefuseTwins(m_interfaces, [](const cInterfaceRecord& interface) { return Describe(interface); });
+  RefuseTwins(m_meters, [](const cMeterConfig& meter) { return Describe(meter); });
+  RefuseTwins(m_targets, [](const cPushTarget& target) { return Describe(target); });
+  RefuseTwins(m_templates, [](const cTemplate& preset) { return DescribeTemplate(preset.name); });
+  return m_good;
+}
+
+template <typename Thing, typename ReadOne>
+void cConfigApply::ReadAll(const cRecord& request, std::string_view name, std::vector<cPlaced<Thing>>& things,
+                           const ReadOne& readOne) {
+  unsigned int number = 0;
+  cRecord record;
+  for (auto par = request.GetPar(name); par.GetRecord(record); par = par.NextSame()) {
+    cPlaced<Thing> placed{m_at.In(std::string(name) + " " + std::to_string(++number)), {}};
+    if (readOne(record, placed.at, placed.thing))
+      things.push_back(std::move(placed));
+    else
+      m_good = false;
+  }
+}
+
+template <typename Thing, typename NameOf>
+void cConfigApply::RefuseTwins(const std::vector<cPlaced<Thing>>& things, const NameOf& nameOf) {
+  std::set<std::string> names;
+  for (const auto& [at, thing] : things) {
+    if (names.insert(nameOf(thing)).second) continue;
+    at.Fault(nameOf(thing) + " is there twice");
+    m_good = false;
+  }
+}
+
+// ---- setting
+
+void cConfigApply::Set() {
+  NumberTargets();
+  if (m_replace) {
+    DeleteOtherMeters();
+    DeleteOtherTargets();
+    DeleteOtherTemplates();
+  }
+  for (const auto& [at, interface] : m_interfaces) m_config.SetInterface(interface);
+  for (const auto& [at, target] : m_targets) m_config.SetPushTarget(target, at);
+  for (const auto& [at, meter] : m_meters) m_config.SetMeter(meter, at);
+  for (const auto& [at, preset] : m_templates) m_config.SetTemplate(preset.name, preset.form);
+  if (m_replace) DeleteOtherInterfaces();
+}
+
+// A target without a number is the one of its name when there is one, so that the same message may come again.
+void cConfigApply::NumberTargets() {
+  for (auto& [at, target] : m_targets)
+    if (target.idx == 0) target.idx = static_cast<unsigned long long>(m_config.FindPushTarget(target.name));
+}
+
+void cConfigApply::DeleteOtherMeters() {
+  for (const cStoredMeter& stored : m_config.GetMeterTable().ListAll()) {
+    const auto held = std::find_if(m_meters.begin(), m_meters.end(), [&](const cPlaced<cMeterConfig>& placed) {
+      return AreSame(placed.thing, stored.config);
+    });
+    if (held == m_meters.end())
+      m_config.GetMeterTable().Delete(stored.id);
+    else
+      DeleteOtherCollectors(stored, held->thing);
+  }
+  // Those that are held come with their targets again; till then nothing keeps a target from being deleted.
+  m_config.GetCollectorTable().ForgetTargets();
+}
+
+void cConfigApply::DeleteOtherCollectors(const cStoredMeter& meter, const cMeterConfig& held) {
+  for (const cCollectorConfig& stored : m_config.GetCollectorTable().List(meter.id))
+    if (std::none_of(held.collectors.begin(), held.collectors.end(),
+                     [&](const cCollectorConfig& collector) { return collector.addr == stored.addr; }))
+      m_config.GetCollectorTable().Delete(meter.id, stored.addr);
+}
+
+void cConfigApply::DeleteOtherTargets() {
+  for (const cPushTarget& stored : m_config.GetPushTargets(""))
+    if (std::none_of(m_targets.begin(), m_targets.end(),
+                     [&](const cPlaced<cPushTarget>& placed) { return placed.thing.idx == stored.idx; }))
+      m_config.DeletePushTarget(stored.idx, stored.name, m_at.In(kReplaced), m_removed);
+}
+
+void cConfigApply::DeleteOtherInterfaces() {
+  for (const cInterfaceRecord& stored : m_config.GetInterfaces(""))
+    if (std::none_of(m_interfaces.begin(), m_interfaces.end(),
+                     [&](const cPlaced<cInterfaceRecord>& placed) { return placed.thing.name == stored.name; }))
+      m_config.DeleteInterface(stored.name, m_at.In(kReplaced), m_removed);
+}
+
+void cConfigApply::DeleteOtherTemplates() {
+  for (const cStoredTemplate& stored : m_config.GetTemplates(""))
+    if (std::none_of(m_templates.begin(), m_templates.end(),
+                     [&](const cPlaced<cTemplate>& placed) { return placed.thing.name == stored.name; }))
+      m_config.DeleteTemplate(static_cast<std::uint64_t>(stored.idx), stored.name, m_at.In(kReplaced), m_removed);
+}
+
+}  // namespace tav::data

@@ -237,7 +237,7 @@ TEST_F(DataServer, RefusesEveryStoreOfACommitThatFails) {
 
 TEST_F(DataServer, AFullDatabaseRefusesAndTracesItOnce) {
   cDataOptions options = Options();
-  options.maxBytes = 40 * 4096;
+  options.maxBytes = 80 * 4096;
   TearDown();
   Open(options);
   Serve();

@@ -174,7 +174,7 @@ TEST_F(DataStore, SaysThatAnOldFileIsLockedWhenItCannotBringItUpToDate) {
 
 TEST_F(DataStore, AFullDatabaseRefusesWholeTransactionsAndGoesOnWhenThereIsRoom) {
   cDataOptions options = Options();
-  options.maxBytes = 40 * 4096;
+  options.maxBytes = 80 * 4096;
   Open(options);
   unsigned int stored = 0;
   const std::string large(3000, 'x');
@@ -207,7 +207,7 @@ int InChildWithFileLimit(rlim_t bytes, const std::function<int()>& check) {
 }
 
 TEST_F(DataStore, AFileThatMayNotGrowRefusesAndRecoversWithoutARestart) {
-  const int result = InChildWithFileLimit(200'000, [&] {
+  const int result = InChildWithFileLimit(400'000, [&] {
     cDataStore store(Options());
     if (store.Open()) return 1;
     unsigned int stored = 0;

@@ -78,12 +78,17 @@ cPage PageOf(const cMsg& request, cRecord& answer) {
 
 }  // namespace
 
-cDataServer::cDataServer(gateway::cServiceHost* host, cDataStore* store)
+cDataServer::cDataServer(gateway::cServiceHost* host, cDataStore* store, cProfileLogger::WallClock wallClock)
     : cProtocolServer(host, db_ctrl::kProtocol),
       m_store(store),
       m_group(host, this, store),
       m_config(this, store, &m_drivers),
-      m_commands(host, this, store, &m_drivers) {
+      m_commands(host, this, store, &m_drivers),
+      m_results(host),
+      m_queries(this, &m_results, [this](const auto& ask) { return Read(ask); }),
+      m_profiles(host, store, std::move(wallClock)),
+      m_sql(
+          this, store, &m_results, [this] { m_group.Commit(); }, [this] { m_profiles.Wake(); }) {
   // Readings are judged one by one: a bad one must not lose the good ones.
   On(
       db_ctrl::eStoreMeterRec, [this](const cMsg& request) { m_group.Add(request); }, eCheck::Own);
@@ -97,8 +102,14 @@ cDataServer::cDataServer(gateway::cServiceHost* host, cDataStore* store)
   On(db_ctrl::eListEvents, [this](const cMsg& request) { ListEvents(request); });
   On(db_ctrl::eListStores, [this](const cMsg& request) { ListStores(request); });
   On(db_ctrl::eGetStatistics, [this](const cMsg& request) { GetStatistics(request); });
-  for (const auto& [type, handler] : m_config.GetHandlers()) On(type, handler);
+  for (const auto& [type, handler] : m_config.GetHandlers())
+    On(type, [this, handler = handler](const cMsg& request) {
+      handler(request);
+      m_profiles.Wake();
+    });
   for (const auto& [type, handler] : m_commands.GetHandlers()) On(type, handler);
+  for (const auto& [type, handler] : m_queries.GetHandlers()) On(type, handler);
+  for (const auto& [type, handler] : m_sql.GetHandlers()) On(type, handler);
 }
 
 cDataServer::~cDataServer() { m_group.Finish(); }
@@ -106,12 +117,17 @@ cDataServer::~cDataServer() { m_group.Finish(); }
 void cDataServer::OnClose(vorn::cScmChannel& channel) {
   m_drivers.Remove(channel);
   m_commands.OnClose(channel);
+  m_results.ReleaseAll(&channel);
+}
+
+cFault cDataServer::Read(const std::function<void(cTables&)>& ask) {
+  m_group.Commit();
+  return m_store->Read(ask);
 }
 
 void cDataServer::Question(const cMsg& request, const Ask& ask) {
-  m_group.Commit();
   cRecord answer;
-  const cFault fault = m_store->Read([&](cTables& tables) { ask(tables, answer); });
+  const cFault fault = Read([&](cTables& tables) { ask(tables, answer); });
   if (fault)
     Refuse(request, fault.text);
   else
@@ -212,19 +228,13 @@ void cDataServer::GetStatistics(const cMsg& request) {
   Question(request, [&](cTables& tables, cRecord& answer) {
     const cStoreGroup::cCounters& counters = m_group.GetCounters();
     const std::pair<const char*, std::uint64_t> rows[] = {
-        {"meters", tables.query.CountMeters()},
-        {"values", tables.query.CountValues()},
-        {"events", tables.events.Count()},
-        {"file-bytes", m_store->GetFileBytes()},
-        {"wal-bytes", m_store->GetWalBytes()},
-        {"schema-version", static_cast<std::uint64_t>(kSchemaVersion)},
-        {"drivers", m_drivers.GetCount()},
-        {"clients", GetChannels().size()},
-        {"commits-since-start", counters.commits},
-        {"readings-since-start", counters.readings},
-        {"duplicates-since-start", counters.duplicates},
-        {"rejected-since-start", counters.rejected},
-        {"refused-since-start", counters.refused},
+        {"meters", tables.query.CountMeters()},      {"values", tables.query.CountValues()},
+        {"events", tables.events.Count()},           {"file-bytes", m_store->GetFileBytes()},
+        {"wal-bytes", m_store->GetWalBytes()},       {"schema-version", static_cast<std::uint64_t>(kSchemaVersion)},
+        {"drivers", m_drivers.GetCount()},           {"clients", GetChannels().size()},
+        {"results", m_results.GetCount()},           {"commits-since-start", counters.commits},
+        {"readings-since-start", counters.readings}, {"duplicates-since-start", counters.duplicates},
+        {"rejected-since-start", counters.rejected}, {"refused-since-start", counters.refused},
         {"events-since-start", counters.events},
     };
     for (const auto& [name, value] : rows) answer.AppendRecordPar(db_ctrl::kRow, CounterRow(name, value));

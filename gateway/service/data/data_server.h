@@ -15,6 +15,10 @@
 #include <gateway/service/data/data_store.h>
 #include <gateway/service/data/driver_commands.h>
 #include <gateway/service/data/driver_registry.h>
+#include <gateway/service/data/profile_logger.h>
+#include <gateway/service/data/result_requests.h>
+#include <gateway/service/data/result_table.h>
+#include <gateway/service/data/sql_requests.h>
 #include <gateway/service/data/store_group.h>
 
 namespace tav::data {
@@ -23,24 +27,31 @@ class cDataServer final : public gateway::cProtocolServer {
  public:
   // Rows of one answer: when the request does not say, and at most. An answer ends before that, with a cursor to go on,
   // when it reaches so many bytes.
-  static constexpr unsigned int kDefaultRows = 100;
-  static constexpr unsigned int kMaxRows = 10'000;
-  static constexpr std::size_t kMaxAnswer = vorn::kMaxFrameSize / 2;
+  static constexpr unsigned int kDefaultRows = cResultPage::kDefaultRows;
+  static constexpr unsigned int kMaxRows = cResultPage::kMaxRows;
+  static constexpr std::size_t kMaxAnswer = cResultPage::kMaxBytes;
 
-  // The store is open; both outlive the server. Ask IsListening for the outcome.
-  cDataServer(gateway::cServiceHost* host, cDataStore* store);
+  // The store is open; both outlive the server. Ask IsListening for the outcome. Collectors go by the wall clock; the
+  // machine's when none is given.
+  cDataServer(gateway::cServiceHost* host, cDataStore* store, cProfileLogger::WallClock wallClock = {});
   // Commits or refuses what still waits.
   ~cDataServer() override;
 
   void OnClose(vorn::cScmChannel& channel) override;
 
   const cStoreGroup::cCounters& GetCounters() const { return m_group.GetCounters(); }
+  // Who may write by SQL, and what a statement may cost, in place of what holds otherwise.
+  void SetSqlPolicy(cSqlRequests::Policy policy) { m_sql.SetPolicy(std::move(policy)); }
+  void SetSqlBounds(const cSqlBounds& bounds) { m_sql.SetBounds(bounds); }
+  // Results that clients hold.
+  std::size_t CountResults() const { return m_results.GetCount(); }
   // Stores that are neither committed nor refused yet.
   std::size_t CountWaiting() const { return m_group.CountWaiting(); }
 
  private:
   using Ask = std::function<void(cTables& tables, vorn::cRecord& answer)>;
 
+  cFault Read(const std::function<void(cTables&)>& ask);
   void Question(const vorn::cMsg& request, const Ask& ask);
   void RegisterDriver(const vorn::cMsg& request);
   void AttachStore(const vorn::cMsg& request);
@@ -56,6 +67,10 @@ class cDataServer final : public gateway::cProtocolServer {
   cDriverRegistry m_drivers;
   cConfigRequests m_config;
   cDriverCommands m_commands;
+  cResultTable m_results;
+  cResultRequests m_queries;
+  cProfileLogger m_profiles;
+  cSqlRequests m_sql;
 };
 
 }  // namespace tav::data

@@ -80,7 +80,9 @@ cFault cDataStore::Change(const std::function<bool(cTables&)>& change) {
     if (cFault fault = CheckLog()) return fault;
     cConnection::Run(*m_connection->begin);
     const bool good = change(*m_connection->tables);
-    cConnection::Run(good ? *m_connection->commit : *m_connection->rollback);
+    // Some failed statements have ended the transaction themselves.
+    const bool open = sqlite3_get_autocommit(m_connection->database.getHandle()) == 0;
+    if (good || open) cConnection::Run(good ? *m_connection->commit : *m_connection->rollback);
     m_failures = 0;
     return cFault();
   });
@@ -90,6 +92,14 @@ cFault cDataStore::Read(const std::function<void(cTables&)>& ask) {
   return Guarded([&] {
     if (cFault fault = Ready()) return fault;
     ask(*m_connection->tables);
+    return cFault();
+  });
+}
+
+cFault cDataStore::Forget() {
+  return Guarded([this] {
+    if (cFault fault = Ready()) return fault;
+    m_connection->MakeTables();
     return cFault();
   });
 }

@@ -39,8 +39,9 @@ struct cDataOptions {
 
 // The tables of an open database.
 struct cTables {
-  explicit cTables(SQLite::Database& database)
-      : readings(database),
+  explicit cTables(SQLite::Database& connection)
+      : database(connection),
+        readings(database),
         query(database),
         events(database),
         values(database),
@@ -60,6 +61,7 @@ struct cTables {
     profiles.Flush();
   }
 
+  SQLite::Database& database;
   cReadingStore readings;
   cReadingQuery query;
   cEventStore events;
@@ -98,6 +100,9 @@ class cDataStore {
   // and that is no fault. Not for readings, whose numbers are remembered.
   cFault Change(const std::function<bool(cTables&)>& change);
   cFault Read(const std::function<void(cTables&)>& ask);
+
+  // Somebody else has written to the tables: what is remembered of them is read again.
+  cFault Forget();
 
   // Whether an idle moment should be used for Checkpoint, which moves the log into the database file.
   bool NeedsCheckpoint() const { return m_walPages >= kWalIdlePages; }

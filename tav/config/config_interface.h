@@ -12,8 +12,8 @@ namespace tav {
 
 class TAV_API cConfigInterface {
  public:
-  // False, and said in error, without a physical layer. Options of an earlier text stay in the map: Clean() drops them.
-  // One with more than one "=" gives its key an empty value.
+  // False, and said in error in German, without a physical layer. Options of an earlier text stay in the map: Clean()
+  // drops them. One with more than one "=" gives its key an empty value.
   bool SetConfig(const std::string& newConfig);
   void Clean() { *this = cConfigInterface(); }
   // "RS485:baud=9600,term": the map's options in the order of their keys, those without a value as the key alone.
@@ -23,7 +23,7 @@ class TAV_API cConfigInterface {
   std::string physicalLayer;  // of the last SetConfig that found one
   std::string config;         // the whole text
   std::string options;        // without the physical layer
-  std::string error;          // in German, as the device's pages show it; a later success keeps it
+  std::string error;          // a later success keeps it
   vorn::cMap<std::string, std::string> optionMap;
 };
 

@@ -7,6 +7,7 @@
 #include <tav/config/meter_config.h>
 #include <tav/config/meter_template.h>
 #include <tav/config/push_target.h>
+#include <tav/service/db_ctrl_protocol.h>
 #include <tests/service/db_ctrl_io_fixture.h>
 
 using namespace db_ctrl_io_fixture;
@@ -125,6 +126,17 @@ TEST_F(DbCtrlIOConfig, EveryRequestHasItsNumberAndParameters) {
     EXPECT_THAT(Received(), ElementsAre(operation.request));
   }
   EXPECT_THAT(Traced(), IsEmpty()) << "and no line of progress";
+}
+
+TEST_F(DbCtrlIOConfig, EveryRequestIsWhatTheProtocolAsksFor) {
+  for (const cOperation& operation : AllOperations()) {
+    EXPECT_TRUE(operation.withoutId(*m_io));
+    const vorn::cMsg msg = TakeMessage();
+    const tav::cProtocolMessage* row = tav::db_ctrl::kProtocol.Find(msg.GetType());
+    ASSERT_NE(row, nullptr) << operation.name;
+    std::string error;
+    EXPECT_TRUE(tav::CheckParameters(*row, msg.Record(), error)) << operation.name << ": " << error;
+  }
 }
 
 TEST_F(DbCtrlIOConfig, CreatesAnIdentifierThatIsNotValidForTheCallerToKnow) {

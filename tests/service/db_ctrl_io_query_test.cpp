@@ -4,6 +4,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <tav/service/db_ctrl_protocol.h>
 #include <tav/service/db_ctrl_request.h>
 #include <tests/service/db_ctrl_io_fixture.h>
 
@@ -91,6 +92,20 @@ TEST_F(DbCtrlIOQuery, EveryRequestHasItsNumberParametersAndLineOfProgress) {
     EXPECT_TRUE(operation.call(*m_io, vorn::cUuid()));
     EXPECT_THAT(Received(), ElementsAre(operation.request));
     EXPECT_THAT(Traced(), ElementsAre("16 " + operation.progress));
+  }
+}
+
+TEST_F(DbCtrlIOQuery, EveryRequestIsWhatTheProtocolAsksFor) {
+  for (const cOperation& operation : Operations()) {
+    EXPECT_TRUE(operation.call(*m_io, vorn::cUuid()));
+    Settle();
+    ASSERT_EQ(m_server->messages.size(), 1u);
+    const vorn::cMsg msg = m_server->messages[0];
+    m_server->messages.clear();
+    const tav::cProtocolMessage* row = tav::db_ctrl::kProtocol.Find(msg.GetType());
+    ASSERT_NE(row, nullptr) << operation.request;
+    std::string error;
+    EXPECT_TRUE(tav::CheckParameters(*row, msg.Record(), error)) << operation.request << ": " << error;
   }
 }
 

@@ -34,6 +34,7 @@ bool cConfigApply::Read(const cRecord& request) {
   RefuseTwins(m_interfaces, [](const cInterfaceRecord& interface) { return Describe(interface); });
   RefuseTwins(m_meters, [](const cMeterConfig& meter) { return Describe(meter); });
   RefuseTwins(m_targets, [](const cPushTarget& target) { return Describe(target); });
+  RefuseTwinNumbers();
   RefuseTwins(m_templates, [](const cTemplate& preset) { return DescribeTemplate(preset.name); });
   return m_good;
 }
@@ -58,6 +59,15 @@ void cConfigApply::RefuseTwins(const std::vector<cPlaced<Thing>>& things, const 
   for (const auto& [at, thing] : things) {
     if (names.insert(nameOf(thing)).second) continue;
     at.Fault(nameOf(thing) + " is there twice");
+    m_good = false;
+  }
+}
+
+void cConfigApply::RefuseTwinNumbers() {
+  std::set<unsigned long long> numbers;
+  for (const auto& [at, target] : m_targets) {
+    if (target.idx == 0 || numbers.insert(target.idx).second) continue;
+    at.Fault(Describe(target) + ": number " + std::to_string(target.idx) + " is there twice");
     m_good = false;
   }
 }

@@ -33,15 +33,13 @@ class cConfigApply {
     std::string name;
     vorn::cRecord form;
   };
-  struct cNumberedTarget {
-    cPushTarget target;
-  };
 
   template <typename Thing, typename ReadOne>
   void ReadAll(const vorn::cRecord& request, std::string_view name, std::vector<cPlaced<Thing>>& things,
                const ReadOne& readOne);
   template <typename Thing, typename NameOf>
   void RefuseTwins(const std::vector<cPlaced<Thing>>& things, const NameOf& nameOf);
+  void RefuseTwinNumbers();
 
   void NumberTargets();
   void DeleteOtherMeters();

@@ -47,6 +47,8 @@ class cDataServer final : public gateway::cProtocolServer {
   std::size_t CountResults() const { return m_results.GetCount(); }
   // Stores that are neither committed nor refused yet.
   std::size_t CountWaiting() const { return m_group.CountWaiting(); }
+  // Commands that a driver has not answered yet.
+  std::size_t CountCommands() const { return m_commands.CountWaiting(); }
 
  private:
   using Ask = std::function<void(cTables& tables, vorn::cRecord& answer)>;

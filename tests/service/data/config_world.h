@@ -131,11 +131,13 @@ class ConfigWorld : public StoreFixture {
       return holds();
     });
   }
-  // Lets pass whatever is under way; nothing waits for time here.
+  // Lets pass whatever is under way; nothing waits for time here. A loop that has only written says that it did
+  // nothing, so one quiet turn of all is not enough.
   void Settle() {
-    for (bool busy = true; busy;) {
-      busy = m_host->Poll(1);
+    for (int quiet = 0; quiet < 4; ++quiet) {
+      bool busy = m_host->Poll(1);
       for (const auto& peer : m_peers) busy = peer->Poll(0) || busy;
+      if (busy) quiet = 0;
     }
   }
 

@@ -9,7 +9,9 @@ namespace tav::data {
 
 namespace {
 
-constexpr const char* kNames = "SELECT id, addr, event_type FROM profile WHERE meter_id=? ORDER BY addr";
+constexpr const char* kNames =
+    "SELECT id, addr, event_type FROM profile WHERE meter_id=? "
+    "ORDER BY meter_id, medium, mfct, addr";
 constexpr const char* kValues =
     "SELECT time, obis, value_time, value, form FROM profile_value WHERE profile=? AND (time, obis)>(?,?) AND time<=? "
     "ORDER BY time, obis";

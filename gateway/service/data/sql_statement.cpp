@@ -52,8 +52,8 @@ class cBounded {
 
 class cRun {
  public:
-  cRun(sqlite3* database, const cSqlBounds& bounds, cSqlOutcome& outcome)
-      : m_database(database), m_bounds(bounds), m_outcome(outcome) {}
+  cRun(sqlite3* database, const cSqlAuthorizer& authorizer, const cSqlBounds& bounds, cSqlOutcome& outcome)
+      : m_database(database), m_authorizer(authorizer), m_bounds(bounds), m_outcome(outcome) {}
 
   bool Fail(const std::string& error) {
     m_outcome.error = error;
@@ -61,6 +61,7 @@ class cRun {
     return false;
   }
   bool FailHere(int code) {
+    if (!m_authorizer.GetDenied().empty()) return Fail(m_authorizer.GetDenied());
     if (code == SQLITE_INTERRUPT)
       return Fail("the statement took more than " + std::to_string(m_bounds.milliseconds) + " ms");
     if (code == SQLITE_NOMEM)
@@ -176,6 +177,7 @@ class cRun {
   }
 
   sqlite3* m_database;
+  const cSqlAuthorizer& m_authorizer;
   const cSqlBounds& m_bounds;
   cSqlOutcome& m_outcome;
 };
@@ -184,12 +186,11 @@ class cRun {
 
 cSqlOutcome RunSql(sqlite3* database, const std::string& sql, eSqlRight right, const cSqlBounds& bounds) {
   cSqlOutcome outcome;
-  cSqlAuthorizer authorizer(database, right);
+  const cSqlAuthorizer authorizer(database, right);
   const cBounded bounded(database, bounds);
   Statement statement(nullptr, &sqlite3_finalize);
-  cRun run(database, bounds, outcome);
-  const bool done = run.Prepare(sql, statement) && run.Step(statement.get());
-  if (!done && !authorizer.GetDenied().empty()) outcome.error = authorizer.GetDenied();
+  cRun run(database, authorizer, bounds, outcome);
+  if (run.Prepare(sql, statement)) run.Step(statement.get());
   return outcome;
 }
 

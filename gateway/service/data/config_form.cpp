@@ -137,13 +137,15 @@ bool CheckForm(std::span<const cFormPar> form, const cRecord& record, const cPla
 
 // ---- collectors
 
-bool CheckObisIds(const std::string& ids, const cPlace& at) {
+// What is wrong with a list of identifiers; empty when nothing is.
+std::string FaultOfObisIds(const std::string& ids) {
+  if (ids.empty()) return "obis-ids is empty";
   std::set<std::string> known;
   for (const std::string& id : vorn::cHelper::Split(ids, ",")) {
-    if (!cMeterTav::ObisIsValid(id)) return at.Fault("obis-ids: " + QuotedName(id) + " is no OBIS identifier"), false;
-    if (!known.insert(id).second) return at.Fault("obis-ids: " + QuotedName(id) + " is there twice"), false;
+    if (!cMeterTav::ObisIsValid(id)) return "obis-ids: " + QuotedName(id) + " is no OBIS identifier";
+    if (!known.insert(id).second) return "obis-ids: " + QuotedName(id) + " is there twice";
   }
-  return true;
+  return {};
 }
 
 bool CheckCollector(const cRecord& record, const cCollectorConfig& collector, const cPlace& at) {
@@ -158,10 +160,7 @@ bool CheckCollector(const cRecord& record, const cCollectorConfig& collector, co
   if (collector.distanceRP > cProfileEvent::kMaxDistance)
     fault("distanceRP " + std::to_string(collector.distanceRP) + " is over " +
           std::to_string(cProfileEvent::kMaxDistance));
-  if (collector.obisIds.empty())
-    fault("obis-ids is empty");
-  else if (!CheckObisIds(collector.obisIds, at))
-    good = false;
+  if (const std::string text = FaultOfObisIds(collector.obisIds); !text.empty()) fault(text);
   if (const unsigned int offset = record.GetUIntPar("push-random-offset"); offset != collector.pushRandomOffset)
     fault("push-random-offset " + std::to_string(offset) + " is over 65535");
   return good;

@@ -24,6 +24,16 @@ void Expect(bool found, const char* kind, const std::string& name, const cPlace&
   if (!found && !name.empty()) at.Fault(kind + (" " + QuotedName(name)) + " is not there");
 }
 
+// Who has changed the configuration; what it is now can be asked for.
+void TraceChange(const cMsg& request) {
+  static vorn::cUnit* const unit = vorn::cUnit::Find("UnitData");
+  vorn::Trace(
+      unit, 8, "configuration changed: ", [&] { return MessageName(db_ctrl::kProtocol, request.GetType()); }, " by ",
+      [&] {
+        return request.GetReplyChannel() != nullptr ? request.GetReplyChannel()->GetPeer().ToString() : "itself";
+      });
+}
+
 }  // namespace
 
 cConfigRequests::cConfigRequests(gateway::cProtocolServer* server, cDataStore* store, const cDriverRegistry* drivers)
@@ -76,6 +86,7 @@ void cConfigRequests::Change(const cMsg& request, const Work& change) {
   });
   if (fault) return m_server->Refuse(request, fault.text);
   if (!faults.IsEmpty()) return m_server->Refuse(request, faults.GetText());
+  TraceChange(request);
   m_server->Answer(request, answer);
   Notify(before, after);
 }
@@ -89,9 +100,10 @@ void cConfigRequests::Notify(const cDriverViews& before, const cDriverViews& aft
       id.Create();
       message.SetId(id);
       message.Record() = notice.record;
-      if (channel->Send(message) != 1)
-        vorn::Trace(unit, 4, "driver '", notice.driver, "' was not told that the configuration of interface '",
-                    notice.record.GetTextView(db_ctrl::kInterfaceName), "' has changed: it does not read");
+      if (channel->Send(message) == 1) continue;
+      vorn::Trace(unit, 4, "driver '", notice.driver,
+                  "' does not read: its connection is closed, so that it asks anew");
+      channel->Close();
     }
 }
 

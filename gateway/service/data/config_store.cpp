@@ -36,16 +36,17 @@ std::string DescribeKey(const cMeterKey& key) {
 template <typename Table>
 std::int64_t Find(Table& table, const char* kind, std::uint64_t idx, const std::string& name, const cPlace& at) {
   const auto number = static_cast<std::int64_t>(idx);
-  if (idx == 0 && name.empty()) return at.Fault(std::string(kind) + ": neither number nor name is given"), 0;
-  if (idx == 0) {
-    const std::int64_t found = table.Find(name);
-    if (found == 0) at.Fault(kind + (" " + QuotedName(name)) + " is not there");
+  const std::string text = std::string(kind) + " " + (idx != 0 ? std::to_string(idx) : QuotedName(name));
+  const std::int64_t found = idx != 0 ? number : table.Find(name);
+  const std::string foundName = found > 0 ? table.NameOf(found) : "";
+  if (idx == 0 && name.empty())
+    at.Fault(std::string(kind) + ": neither number nor name is given");
+  else if (foundName.empty())
+    at.Fault(text + " is not there");
+  else if (!name.empty() && name != foundName)
+    at.Fault(text + " is " + QuotedName(foundName) + ", not " + QuotedName(name));
+  else
     return found;
-  }
-  const std::string found = number > 0 ? table.NameOf(number) : "";
-  if (found.empty()) return at.Fault(kind + (" " + std::to_string(idx)) + " is not there"), 0;
-  if (name.empty() || name == found) return number;
-  at.Fault(kind + (" " + std::to_string(idx)) + " is " + QuotedName(found) + ", not " + QuotedName(name));
   return 0;
 }
 

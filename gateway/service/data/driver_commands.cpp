@@ -3,6 +3,7 @@
 
 #include <algorithm>
 
+#include <gateway/service/data/config_limits.h>
 #include <gateway/service/data/driver_views.h>
 #include <tav/framework/trace.h>
 #include <tav/service/db_ctrl_protocol.h>
@@ -14,13 +15,24 @@ namespace {
 using vorn::cMsg;
 using vorn::cRecord;
 
+constexpr cProtocolKey kTexts[] = {db_ctrl::kVendor, db_ctrl::kKey, db_ctrl::kValve};
+
+// What is wrong with the texts of a request; empty when nothing is. They are kept as long as those of a meter.
+std::string CheckTexts(const cRecord& request) {
+  for (const cProtocolKey& key : kTexts)
+    if (const std::size_t bytes = request.GetTextView(key).size(); bytes > kMaxText)
+      return "parameter \"" + std::string(key.name) + "\" has " + std::to_string(bytes) + " bytes, at most " +
+             std::to_string(kMaxText) + " are taken";
+  return {};
+}
+
 // The meter by its full name, and of the request's other parameters those that it has.
 cRecord ContentOf(const cRecord& request, const cMeterConfig& meter) {
   cRecord content;
   content.AppendTextPar(db_ctrl::kMeterId, meter.meterID);
   content.AppendTextPar(db_ctrl::kManufactor, meter.mfct);
   content.AppendTextPar(db_ctrl::kMedium, meter.medium);
-  for (const cProtocolKey& key : {db_ctrl::kVendor, db_ctrl::kKey, db_ctrl::kValve})
+  for (const cProtocolKey& key : kTexts)
     if (const vorn::cRecordPar found = request.GetPar(key); found.IsValid())
       content.AppendTextPar(key, found.GetBytesView());
   if (const vorn::cRecordPar time = request.GetPar(db_ctrl::kTimestamp); time.IsValid())
@@ -46,6 +58,7 @@ cDriverCommands::Handlers cDriverCommands::GetHandlers() {
 
 void cDriverCommands::Command(const cMsg& request, const char* command) {
   const cRecord& record = request.Record();
+  if (const std::string fault = CheckTexts(record); !fault.empty()) return m_server->Refuse(request, fault);
   const cMeterKey key{record.GetTextPar(db_ctrl::kMeterId), record.GetTextPar(db_ctrl::kMedium),
                       record.GetTextPar(db_ctrl::kManufactor)};
   cConfigFaults faults;

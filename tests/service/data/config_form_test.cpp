@@ -209,6 +209,58 @@ TEST(ConfigForm, ChecksATemplate) {
   });
 }
 
+// ---- anything at all
+
+using ReadAny = std::function<bool(const cRecord& record, const cPlace& at)>;
+
+const ReadAny kReaders[] = {
+    [](const cRecord& record, const cPlace& at) {
+      cInterfaceRecord interface;
+      return ReadInterface(record, at, interface);
+    },
+    [](const cRecord& record, const cPlace& at) {
+      cMeterConfig meter;
+      return ReadMeter(record, at, meter);
+    },
+    [](const cRecord& record, const cPlace& at) {
+      cPushTarget target;
+      return ReadPushTarget(record, at, target);
+    },
+    [](const cRecord& record, const cPlace& at) {
+      std::string name;
+      cRecord form;
+      return ReadTemplate(record, at, name, form);
+    },
+};
+
+// One parameter as each of the types.
+std::vector<cRecord> InEveryType(const cRecord& record, const std::string& name) {
+  std::vector<cRecord> all(9, record);
+  all[0].SetTextPar(name, "\xFF\n text");
+  all[1].SetTextPar(name, nullptr);
+  all[2].SetIntPar(name, -1);
+  all[3].SetUIntPar(name, 0xFFFFFFFF);
+  all[4].SetUInt64Par(name, 0xFFFFFFFFFFFFFFFF);
+  all[5].SetBoolPar(name, true);
+  all[6].SetRecordPar(name, record);
+  all[7].SetUuidPar(name, {});
+  all[8].SetDataPar(name, vorn::cData("\0\1", 2));
+  return all;
+}
+
+TEST(ConfigForm, SaysWhatIsWrongWithWhateverItIsGiven) {
+  const cRecord records[] = {
+      Interface().ToRecord(), With(Meter(), Collector()).ToRecord(), Target().ToRecord(), Template().ToRecord(), {}};
+  for (const cRecord& record : records)
+    for (auto par = record.First(); par.IsValid(); par = par.Next())
+      for (const cRecord& changed : InEveryType(record, par.GetName()))
+        for (const ReadAny& readAny : kReaders) {
+          cConfigFaults faults;
+          const bool good = readAny(changed, cPlace(faults));
+          EXPECT_EQ(good, faults.IsEmpty()) << changed.ToString();
+        }
+}
+
 // ---- what the records' own classes let pass
 
 // The class takes what follows the first collector for one, whatever its name; the service takes what is named so.

@@ -467,6 +467,17 @@ TEST_F(ConfigRequests, AFullDatabaseChangesNothing) {
   EXPECT_EQ(DeleteTemplate(0, "T0").GetType(), db_ctrl::eDeleteMeterTemplate + 1);
 }
 
+TEST_F(ConfigRequests, ALineOfTraceSaysWhoHasChangedSomething) {
+  const cTraceLevel data("UnitData", 8);
+  Set(Interface());
+  GetInterfaces();
+  DeleteInterface("SIM");
+  std::vector<std::string> changes;
+  for (const std::string& line : m_trace.GetLines())
+    if (line.find("configuration changed") != std::string::npos) changes.push_back(line);
+  EXPECT_THAT(changes, ElementsAre(testing::StartsWith("UnitData 8 configuration changed: set-interface by ")));
+}
+
 // ---- secrets
 
 TEST_F(ConfigRequests, NoSecretIsInALineOfTraceOrAReason) {

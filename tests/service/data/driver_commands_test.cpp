@@ -169,6 +169,18 @@ TEST_F(DriverCommands, AreBounded) {
   EXPECT_EQ(ReasonOfValve("M1", "", ""), "too many commands wait for drivers");
 }
 
+TEST_F(DriverCommands, TakeTextsAsLongAsAMetersAndNoLonger) {
+  cPeer& driver = Connect("ehzif");
+  const auto activate = [&](std::size_t bytes) {
+    return Send([&](cDbCtrlIO& io, cUuid& tid) {
+      return io.ActivateMeter(tid, "M1", "E", "EMH", "", std::string(bytes, 'k'));
+    });
+  };
+  activate(255);
+  EXPECT_EQ(Told(driver).size(), 1u);
+  EXPECT_EQ(Reason(AnswerTo(*m_user, activate(256))), "parameter \"key\" has 256 bytes, at most 255 are taken");
+}
+
 // ---- no answer
 
 TEST_F(DriverCommands, RefuseWhenTheDriverGoesAway) {

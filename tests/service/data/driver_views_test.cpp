@@ -120,6 +120,29 @@ TEST_F(DriverViews, AWholeConfigurationIsToldInterfaceByInterface) {
   EXPECT_THAT(News(ehzif), ElementsAre("interface-deleted SIM", "interface-changed RS232 c M2"));
 }
 
+// It would go on with what it knows for ever: without its connection it has to ask anew.
+TEST_F(DriverViews, ADriverThatDoesNotReadLosesItsConnection) {
+  Set(Interface("RS232"));
+  cRecord request;
+  for (int i = 0; i < 400; ++i) {
+    cMeterConfig meter = Meter("M" + std::to_string(i));
+    meter.interfaceOptions = std::string(1000, 'x');
+    request.AppendRecordPar("meterconfig-record", meter.ToRecord());
+  }
+  request.AppendBoolPar("replace", false);
+  ASSERT_EQ(AskRaw(db_ctrl::eApplyConfig, request).GetType(), db_ctrl::eApplyConfig + 1);
+  Connect("ehzif");
+  const std::unique_ptr<cPeer> deaf = std::move(m_peers.back());
+  m_peers.pop_back();
+  const auto isTold = testing::Contains(testing::HasSubstr("'ehzif' does not read: its connection is closed"));
+  for (int i = 0; i < 40 && !testing::Matches(isTold)(m_trace.GetLines()); ++i)
+    Set(Interface("RS232", std::to_string(i)));
+  EXPECT_THAT(m_trace.GetLines(), isTold.Times(1));
+  const auto said = m_trace.GetLines().size();
+  Set(Interface("RS232", "last"));
+  EXPECT_EQ(m_trace.GetLines().size(), said);
+}
+
 TEST_F(DriverViews, EveryProcessOfADriversNameIsTold) {
   cPeer& one = Connect("ehzif");
   cPeer& two = Connect("ehzif");

@@ -76,6 +76,10 @@ cPage PageOf(const cMsg& request, cRecord& answer) {
   return {request.Record(), answer, cDataServer::kDefaultRows, cDataServer::kMaxRows, cDataServer::kMaxAnswer};
 }
 
+bool MayChangeCollectors(unsigned int request) {
+  return request == db_ctrl::eSetMeter || request == db_ctrl::eDeleteMeter || request == db_ctrl::eApplyConfig;
+}
+
 }  // namespace
 
 cDataServer::cDataServer(gateway::cServiceHost* host, cDataStore* store, cProfileLogger::WallClock wallClock)
@@ -105,7 +109,7 @@ cDataServer::cDataServer(gateway::cServiceHost* host, cDataStore* store, cProfil
   for (const auto& [type, handler] : m_config.GetHandlers())
     On(type, [this, handler = handler](const cMsg& request) {
       handler(request);
-      m_profiles.Wake();
+      if (MayChangeCollectors(request.GetType())) m_profiles.Wake();
     });
   for (const auto& [type, handler] : m_commands.GetHandlers()) On(type, handler);
   for (const auto& [type, handler] : m_queries.GetHandlers()) On(type, handler);

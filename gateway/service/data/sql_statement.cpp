@@ -22,19 +22,22 @@ using Statement = std::unique_ptr<sqlite3_stmt, int (*)(sqlite3_stmt*)>;
 constexpr int kStepsBetweenLooks = 1000;
 constexpr int kPatience = 10;  // milliseconds for another process's lock
 
-// Time and memory bounds of a connection while the object lives.
+// Time and memory bounds of a connection while the object lives. Time is looked at between the steps of a statement, so
+// texts and patterns are kept short enough that no function takes long with them.
 class cBounded {
  public:
   cBounded(sqlite3* database, const cSqlBounds& bounds)
       : m_database(database),
         m_end(Clock::now() + std::chrono::milliseconds(bounds.milliseconds)),
         m_length(sqlite3_limit(database, SQLITE_LIMIT_LENGTH, bounds.cellBytes)),
+        m_pattern(sqlite3_limit(database, SQLITE_LIMIT_LIKE_PATTERN_LENGTH, bounds.patternBytes)),
         m_heap(sqlite3_hard_heap_limit64(-1)) {
     sqlite3_progress_handler(database, kStepsBetweenLooks, &cBounded::Look, this);
     sqlite3_hard_heap_limit64(sqlite3_memory_used() + bounds.memory);
   }
   ~cBounded() {
     sqlite3_hard_heap_limit64(m_heap);
+    sqlite3_limit(m_database, SQLITE_LIMIT_LIKE_PATTERN_LENGTH, m_pattern);
     sqlite3_limit(m_database, SQLITE_LIMIT_LENGTH, m_length);
     sqlite3_progress_handler(m_database, 0, nullptr, nullptr);
   }
@@ -47,6 +50,7 @@ class cBounded {
   sqlite3* m_database;
   Clock::time_point m_end;
   int m_length;
+  int m_pattern;
   sqlite3_int64 m_heap;
 };
 

@@ -17,7 +17,8 @@ struct cSqlBounds {
   unsigned int rows = 100'000;
   std::size_t bytes = std::size_t{8} << 20;        // of all rows together
   std::size_t rowBytes = vorn::kMaxFrameSize / 2;  // of one
-  int cellBytes = 1 << 20;                         // of any text or blob that it handles
+  int cellBytes = 1 << 18;                         // of any text or blob that it handles
+  int patternBytes = 256;                          // of a pattern of LIKE or GLOB
   int textBytes = 1 << 16;                         // of the statement
   std::int64_t memory = std::int64_t{64} << 20;    // that the database may take for it
 };

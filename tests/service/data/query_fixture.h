@@ -173,10 +173,10 @@ class QueryFixture : public StoreFixture {
             "', '', 0, 0, 0)");
     });
     ASSERT_FALSE(fault) << fault.text;
-    // Any request about the configuration makes the service look.
+    // A change that changes nothing makes the service look.
     m_client->Ask([&](const vorn::cUuid& id) {
       vorn::cUuid own = id;
-      return m_client->GetMeter(own, "");
+      return m_client->DeleteMeter(own, "nobody", "", "");
     });
     PollUntilIdle(*m_host);
   }

@@ -443,6 +443,17 @@ TEST_F(ResultRequests, StatusesAreSelectedByTimeAndBoundedByMaxLen) {
   EXPECT_THAT(Lines(Rows(GetStatus(request), "meter-status"), {"meterID"}), ElementsAre("A", "B"));
 }
 
+TEST_F(ResultRequests, StatusesThatFitNoMessageGoOnByHandle) {
+  for (const char* meter : {"A", "B", "C"})
+    Store(Reading(meter, kNoon, {{"1-0:1.8.0", std::string(cResultPage::kMaxBytes / 2 - 1000, 'x')}}));
+  cDbCtrlRequest request;
+  request.m_mode = "reading";
+  const cMsg answer = GetStatus(request);
+  EXPECT_THAT(Lines(Rows(answer, "meter-status"), {"meterID"}), ElementsAre("A", "B"));
+  EXPECT_THAT(Lines(All(answer), {"meterID"}), ElementsAre("C"));
+  EXPECT_EQ(m_server->CountResults(), 0u);
+}
+
 // ---- faults, plans
 
 TEST_F(ResultRequests, ADamagedFileIsARefusalAndReleasesTheResult) {

@@ -182,11 +182,18 @@ TEST_F(SqlRequests, BoundsTheNumberOfRows) {
 }
 
 TEST_F(SqlRequests, BoundsTheBytesOfTheRows) {
-  EXPECT_EQ(AllSql(Sequence(7, "zeroblob(1000000) AS x")).size(), 7u);
-  EXPECT_EQ(Refusal(Sequence(9, "zeroblob(1000000) AS x")), "the rows have more than 8388608 bytes: ask for fewer");
-  EXPECT_EQ(Refusal("SELECT zeroblob(1000000), zeroblob(1000000), zeroblob(1000000)"),
-            "a row has more than 2097152 bytes");
-  EXPECT_EQ(Refusal("SELECT zeroblob(1048577)"), "string or blob too big");
+  EXPECT_EQ(AllSql(Sequence(33, "zeroblob(250000) AS x")).size(), 33u);
+  EXPECT_EQ(Refusal(Sequence(34, "zeroblob(250000) AS x")), "the rows have more than 8388608 bytes: ask for fewer");
+  std::string wide = "SELECT zeroblob(250000)";
+  for (int i = 0; i < 8; ++i) wide += ", zeroblob(250000)";
+  EXPECT_EQ(Refusal(wide), "a row has more than 2097152 bytes");
+  EXPECT_EQ(AllSql("SELECT zeroblob(262144)").size(), 1u);
+  EXPECT_EQ(Refusal("SELECT zeroblob(262145)"), "string or blob too big");
+}
+
+TEST_F(SqlRequests, BoundsPatterns) {
+  EXPECT_EQ(AllSql("SELECT 'x' LIKE '" + std::string(256, '%') + "' AS x").size(), 1u);
+  EXPECT_THAT(Refusal("SELECT 'x' LIKE '" + std::string(257, '%') + "' AS x"), HasSubstr("pattern too complex"));
 }
 
 TEST_F(SqlRequests, BoundsTheBytesOfTheStatement) {

@@ -179,7 +179,7 @@ void cConfigRequests::GetPushTarget(const cMsg& request) {
   Question(request, [&](cConfigStore& config, const cPlace& at, cRecord& answer) {
     const auto targets = config.GetPushTargets(name);
     Expect(!targets.empty(), "push target", name, at);
-    for (cPushTarget target : targets) answer.AppendRecordPar(db_ctrl::kPushTargetRecord, target.ToRecord());
+    for (const cPushTarget& target : targets) answer.AppendRecordPar(db_ctrl::kPushTargetRecord, target.ToRecord());
   });
 }
 

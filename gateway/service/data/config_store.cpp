@@ -20,6 +20,7 @@ std::string Join(const std::vector<std::string>& names) {
 
 std::string DescribeAll(const std::vector<cStoredMeter>& meters) {
   std::vector<std::string> names;
+  names.reserve(meters.size());
   for (const cStoredMeter& meter : meters) names.push_back(Describe(meter.config));
   return Join(names);
 }

@@ -56,7 +56,7 @@ class cResultRequests {
                                     std::string& reason);
   std::unique_ptr<cResult> MakeStatus(cTables& tables, const cDbCtrlRequest& asked, cStoredSelection selection,
                                       std::string& reason);
-  // True when it is over: delivered whole, or failed.
+  // Takes the next rows into an answer; end: nothing is behind them.
   cFault TakePage(cResultTable::cHeld& held, std::string_view name, unsigned int rows, vorn::cRecord& answer,
                   bool& end);
 

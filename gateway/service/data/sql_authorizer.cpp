@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cctype>
 #include <utility>
 
 namespace tav::data {
@@ -29,6 +30,13 @@ constexpr std::string_view kInternal[] = {"sqlite_master", "sqlite_schema", "sql
 template <typename List, typename Item>
 bool Contains(const List& list, const Item& item) {
   return std::find(std::begin(list), std::end(list), item) != std::end(list);
+}
+
+// The name comes as the client has written it.
+bool Tells(std::string_view pragma, bool alone) {
+  std::string name(pragma);
+  std::transform(name.begin(), name.end(), name.begin(), [](unsigned char c) { return std::tolower(c); });
+  return Contains(kTelling, std::string_view(name)) || (alone && Contains(kTellingOfFile, std::string_view(name)));
 }
 
 bool IsInternal(std::string_view table) { return table.substr(0, 7) == "sqlite_"; }
@@ -82,7 +90,7 @@ std::string cSqlAuthorizer::Judge(int action, std::string_view first, std::strin
       if (second != "load_extension" && second != "fts3_tokenizer") return {};
       return "function " + std::string(second) + " is not allowed";
     case SQLITE_PRAGMA:
-      if (Contains(kTelling, first) || (second.empty() && Contains(kTellingOfFile, first))) return {};
+      if (Tells(first, second.empty())) return {};
       return "PRAGMA " + std::string(first) + (second.empty() ? " is not allowed" : " with a value is not allowed");
     case SQLITE_INSERT:
       return JudgeWrite("INSERT into ", first);

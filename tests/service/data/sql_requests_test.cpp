@@ -286,6 +286,7 @@ TEST_F(SqlRequests, HarmlessQuestionsAboutTheFileAreAnswered) {
   EXPECT_GT(AllSql("SELECT name FROM pragma_table_info('value')").size(), 1u);
   EXPECT_GT(AllSql("SELECT name, sql FROM sqlite_schema").size(), 1u);
   EXPECT_EQ(AllSql("PRAGMA user_version").size(), 1u);
+  EXPECT_EQ(AllSql("pragma User_Version").size(), 1u);
   EXPECT_EQ(AllSql("EXPLAIN QUERY PLAN SELECT * FROM reading_values WHERE meter='M'").empty(), false);
   EXPECT_EQ(AllSql("SELECT value FROM json_each('[1,2]')").size(), 2u);
 }

@@ -1,14 +1,20 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <tavctl/command.h>
 #include <tavctl/completion_command.h>
+#include <tavctl/config/config_command.h>
+#include <tavctl/config/things.h>
+#include <tavctl/device_command.h>
 #include <tavctl/events_command.h>
 #include <tavctl/explain_command.h>
 #include <tavctl/last_command.h>
+#include <tavctl/manifest_command.h>
 #include <tavctl/meters_command.h>
 #include <tavctl/monitor_command.h>
 #include <tavctl/protocol_command.h>
 #include <tavctl/services_command.h>
+#include <tavctl/sql_command.h>
 #include <tavctl/stats_command.h>
+#include <tavctl/status_command.h>
 #include <tavctl/store_command.h>
 #include <tavctl/values_command.h>
 #include <tavctl/watch_command.h>
@@ -27,8 +33,10 @@ std::vector<std::unique_ptr<cCommand>> Make() {
 }  // namespace
 
 std::vector<std::unique_ptr<cCommand>> MakeCommands() {
-  return Make<cServicesCommand, cMetersCommand, cLastCommand, cValuesCommand, cEventsCommand, cStoreCommand,
-              cStatsCommand, cWatchCommand, cMonitorCommand, cExplainCommand, cProtocolCommand, cCompletionCommand>();
+  return Make<cServicesCommand, cMetersCommand, cStatusCommand, cLastCommand, cValuesCommand, cEventsCommand,
+              cStoreCommand, cStatsCommand, cSqlCommand, cWatchCommand, cMonitorCommand, cInterfaceCommand,
+              cMeterCommand, cCollectorCommand, cPushTargetCommand, cTemplateCommand, cConfigCommand, cDeviceCommand,
+              cManifestCommand, cExplainCommand, cProtocolCommand, cCompletionCommand>();
 }
 
 }  // namespace tav::ctl

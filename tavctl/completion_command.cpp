@@ -3,6 +3,7 @@
 
 #include <CLI/CLI.hpp>
 #include <set>
+#include <span>
 
 #include <tavctl/failure.h>
 #include <tavctl/options.h>
@@ -18,11 +19,17 @@ struct cArgument {
 };
 
 constexpr cArgument kArguments[] = {{"METER", "meters"}, {"SERVICE", "services"}, {"NAME", "store"}};
+// The same for the words behind a command that takes an action.
+constexpr cArgument kThings[] = {{"INTERFACE", "interface list"},
+                                 {"METER", "meter list"},
+                                 {"METER/NAME", "meter list"},
+                                 {"PUSH-TARGET", "push-target list"},
+                                 {"TEMPLATE", "template list"}};
 
 // Names come from meters: they are compared and quoted, and never expanded by the shell.
 constexpr const char* kHead = R"bash(# bash completion of tavctl, made by: tavctl completion bash
 _tavctl_first() {
-  "${COMP_WORDS[0]}" "${directory[@]}" --timeout 1 "$1" 2>/dev/null | sed -e 1d -e 's/  .*//'
+  "${COMP_WORDS[0]}" "${directory[@]}" --timeout 1 "$@" 2>/dev/null | sed -e 1d -e 's/  .*//'
 }
 _tavctl_offer() {
   local word
@@ -35,14 +42,14 @@ _tavctl_files() {
   mapfile -t COMPREPLY < <(compgen "$1" -- "$current")
 }
 _tavctl() {
-  local current=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD-1]} command='' words='' list='' i
+  local current=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD-1]} command='' action='' words='' list='' i
   local -a directory=()
   for ((i = 1; i < COMP_CWORD; ++i)); do
     case ${COMP_WORDS[i]} in
       --dir) directory=(--dir "${COMP_WORDS[++i]}") ;;
       --timeout) ((++i)) ;;
       -*) ;;
-      *) [ -n "$command" ] || command=${COMP_WORDS[i]} ;;
+      *) if [ -z "$command" ]; then command=${COMP_WORDS[i]}; elif [ -z "$action" ]; then action=${COMP_WORDS[i]}; fi ;;
     esac
   done
   COMPREPLY=()
@@ -55,7 +62,7 @@ constexpr const char* kTail = R"bash(  esac
   if [ "$list" = files ]; then
     _tavctl_files -f
   else
-    _tavctl_offer < <(printf '%s\n' $words; [ -z "$list" ] || _tavctl_first "$list")
+    _tavctl_offer < <(printf '%s\n' $words; [ -z "$list" ] || _tavctl_first $list)
   fi
 }
 complete -F _tavctl tavctl
@@ -87,25 +94,39 @@ std::string Joined(const Words& words, const char* separator) {
 }
 
 // What stands in place of an option: a list to ask for, "files", or a word.
-std::string ArgumentWords(const CLI::Option& argument) {
+std::string ArgumentWords(const CLI::Option& argument, std::span<const cArgument> lists) {
   const std::string name = argument.get_name(true);
-  if (name == "FILE") return " list=files";
+  if (name == "FILE" || name == "FOLDER") return " list=files";
   if (name == "SHELL") return " words+=\" bash\"";
-  for (const cArgument& known : kArguments)
-    if (known.name == name) return " list=" + std::string(known.list);
+  for (const cArgument& known : lists)
+    if (known.name == name) return " list='" + std::string(known.list) + "'";
   return "";
 }
 
-std::string Case(const std::string& name, const Words& words, const std::string& argument) {
-  return "    " + name + ") words=\"" + Joined(words, " ") + "\"" + argument + " ;;\n";
+std::string Case(const std::string& pattern, const Words& words, const std::string& argument) {
+  return "    " + pattern + ") words=\"" + Joined(words, " ") + "\"" + argument + " ;;\n";
 }
 
-std::string CommandCase(const CLI::App& command, Words words) {
+std::string CommandCase(const std::string& pattern, const CLI::App& command, Words words,
+                        std::span<const cArgument> lists) {
   AddOptionWords(command, words);
   std::string argument;
   for (const CLI::Option* option : command.get_options())
-    if (option->get_positional()) argument += ArgumentWords(*option);
-  return Case(command.get_name(), words, argument);
+    if (option->get_positional() && argument.empty()) argument = ArgumentWords(*option, lists);
+  return Case(pattern, words, argument);
+}
+
+// A command, or its actions and what stands behind each.
+std::string CommandCases(const CLI::App& command, const Words& common) {
+  const auto actions = command.get_subcommands({});
+  if (actions.empty()) return CommandCase(command.get_name() + "\\ *", command, common, kArguments);
+  std::string cases;
+  Words names = common;
+  for (const CLI::App* action : actions) {
+    names.insert(action->get_name());
+    cases += CommandCase(command.get_name() + "\\ " + action->get_name(), *action, common, kThings);
+  }
+  return cases + Case(command.get_name() + "\\ *", names, "");
 }
 
 std::string BashScript(const CLI::App& app) {
@@ -115,12 +136,13 @@ std::string BashScript(const CLI::App& app) {
   std::string cases;
   Words first = common;
   for (const CLI::App* command : app.get_subcommands({})) {
-    cases += CommandCase(*command, common);
+    cases += CommandCases(*command, common);
     AddValueOptions(*command, values);
+    for (const CLI::App* action : command->get_subcommands({})) AddValueOptions(*action, values);
     first.insert(command->get_name());
   }
-  return kHead + ("    " + Joined(values, "|") + ") return ;;\n  esac\n  case $command in\n") + cases +
-         Case("''", first, "") + kTail;
+  return kHead + ("    " + Joined(values, "|") + ") return ;;\n  esac\n  case \"$command $action\" in\n") + cases +
+         Case("\\ *", first, "") + kTail;
 }
 
 }  // namespace

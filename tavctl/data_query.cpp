@@ -42,4 +42,63 @@ cDataQuery::cOutcome cDataQuery::List(unsigned int type, const vorn::cRecord& re
   }
 }
 
+// False when the limit has ended them.
+bool cDataQuery::TakeRows(const vorn::cRecord& answer, std::string_view key, std::uint64_t limit, cOutcome& outcome,
+                          const OnRow& onRow) {
+  vorn::cRecord row;
+  for (vorn::cRecordPar at = answer.GetPar(key); at.GetRecord(row); at = at.NextSame()) {
+    outcome.more = limit != 0 && outcome.rows == limit;
+    if (outcome.more) return false;
+    onRow(row);
+    ++outcome.rows;
+  }
+  return true;
+}
+
+void cDataQuery::FetchAll(unsigned int type, const vorn::cUuid& handle, std::uint64_t limit, cOutcome& outcome,
+                          const OnRow& onRow) {
+  vorn::cRecord request;
+  request.AppendUuidPar(db_ctrl::kHandle, handle);
+  for (;;) {
+    request.SetUIntPar(db_ctrl::kCount, kPageRows);
+    const vorn::cRecord page = m_link.Ask(type, request);
+    const bool all = TakeRows(page, db_ctrl::kRow, limit, outcome, onRow);
+    if (all && page.GetBoolPar(db_ctrl::kEnd)) return;
+    if (all) continue;
+    vorn::cRecord close;
+    close.AppendUuidPar(db_ctrl::kHandle, handle);
+    if (!page.GetBoolPar(db_ctrl::kEnd)) m_link.Ask(db_ctrl::eCloseResult, close);
+    return;
+  }
+}
+
+cDataQuery::cOutcome cDataQuery::Select(unsigned int type, cDbCtrlRequest selection, std::uint64_t limit,
+                                        const OnRow& onRow) {
+  cOutcome outcome;
+  // One more than asked for tells whether there are more; 0 is as many as the service gives.
+  selection.m_maxLen = limit != 0 && limit < cDbCtrlRequest::kOpenEnd ? static_cast<unsigned int>(limit + 1) : 0;
+  vorn::cRecord request;
+  request.AppendRecordPar(db_ctrl::kMeterRequest, selection.ToRecord());
+  const vorn::cRecord answer = m_link.Ask(type, request);
+  const bool status = type == db_ctrl::eGetMeterStatus;
+  if (!TakeRows(answer, status ? db_ctrl::kMeterStatus : db_ctrl::kRow, limit, outcome, onRow)) return outcome;
+  const vorn::cUuid handle = answer.GetUuidPar(db_ctrl::kHandle);
+  if (handle.IsValid()) FetchAll(db_ctrl::eFetchStoredValues, handle, limit, outcome, onRow);
+  return outcome;
+}
+
+cDataQuery::cOutcome cDataQuery::Execute(const std::string& statement, unsigned int options, std::uint64_t limit,
+                                         const OnRow& onResult, const OnRow& onRow) {
+  cOutcome outcome;
+  vorn::cRecord request;
+  request.AppendTextPar(db_ctrl::kDb, "");
+  request.AppendTextPar(db_ctrl::kSql, statement);
+  request.AppendUIntPar(db_ctrl::kOptions, options);
+  const vorn::cRecord answer = m_link.Ask(db_ctrl::eSqlExec, request);
+  onResult(answer);
+  const vorn::cUuid handle = answer.GetUuidPar(db_ctrl::kHandle);
+  if (handle.IsValid()) FetchAll(db_ctrl::eSqlFetch, handle, limit, outcome, onRow);
+  return outcome;
+}
+
 }  // namespace tav::ctl

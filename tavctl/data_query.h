@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <functional>
 
+#include <tav/service/db_ctrl_request.h>
 #include <tavctl/service_link.h>
 
 namespace tav::ctl {
@@ -24,8 +25,22 @@ class cDataQuery {
   // The rows that a request of the protocol lists, at most so many (0: all). Throws a cFailure.
   cOutcome List(unsigned int type, const vorn::cRecord& request, std::uint64_t limit,
                 const std::function<void(const vorn::cRecord& row)>& onRow);
+  // The rows that a request selects from what is stored, at most so many (0: all). Throws a cFailure.
+  cOutcome Select(unsigned int type, cDbCtrlRequest request, std::uint64_t limit,
+                  const std::function<void(const vorn::cRecord& row)>& onRow);
+  // The rows of a statement, its columns told before them. The service ends it when there are more rows than it gives.
+  cOutcome Execute(const std::string& statement, unsigned int options, std::uint64_t limit,
+                   const std::function<void(const vorn::cRecord& result)>& onResult,
+                   const std::function<void(const vorn::cRecord& row)>& onRow);
 
  private:
+  using OnRow = std::function<void(const vorn::cRecord& row)>;
+
+  bool TakeRows(const vorn::cRecord& answer, std::string_view key, std::uint64_t limit, cOutcome& outcome,
+                const OnRow& onRow);
+  void FetchAll(unsigned int type, const vorn::cUuid& handle, std::uint64_t limit, cOutcome& outcome,
+                const OnRow& onRow);
+
   cServiceLink m_link;
 };
 

@@ -1,39 +1,15 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <tavctl/explain_command.h>
 
-#include <cerrno>
-#include <cstring>
-#include <filesystem>
-#include <fstream>
 #include <nlohmann/json.hpp>
 
 #include <gateway/driver/sml/sml_explain.h>
-#include <tavctl/failure.h>
+#include <tavctl/input_file.h>
 #include <tavctl/options.h>
 
 namespace tav::ctl {
 
 namespace {
-
-std::string ReadAll(std::istream& in, const std::string& name) {
-  std::string bytes;
-  char block[1 << 16];
-  while (in.read(block, sizeof block) || in.gcount() > 0) {
-    bytes.append(block, static_cast<std::size_t>(in.gcount()));
-    if (bytes.size() > cExplainCommand::kMaxCapture)
-      throw cFailure(eExitFile, name + ": more than " + std::to_string(cExplainCommand::kMaxCapture) + " bytes");
-  }
-  if (in.bad()) throw cFailure(eExitFile, name + ": cannot be read: " + std::strerror(errno));
-  return bytes;
-}
-
-std::string ReadFile(const std::string& name) {
-  std::error_code ignored;
-  if (std::filesystem::is_directory(name, ignored)) throw cFailure(eExitFile, name + ": is a directory");
-  std::ifstream in(name, std::ios::binary);
-  if (!in) throw cFailure(eExitFile, name + ": cannot be read: " + std::strerror(errno));
-  return ReadAll(in, name);
-}
 
 // "; the first one at offset 16" of those that are not good.
 std::string FirstBad(const std::string& json) {
@@ -62,7 +38,7 @@ void cExplainCommand::AddOptions(CLI::App& app) {
 
 eExit cExplainCommand::Run(cContext& context) {
   const bool fromInput = m_file == "-";
-  const std::string capture = fromInput ? ReadAll(context.streams.in, "standard input") : ReadFile(m_file);
+  const std::string capture = ReadInput(m_file, context.streams.in, kMaxCapture);
   const sml::cSmlExplanation explained = sml::ExplainSml(capture);
   context.streams.out << (context.json ? explained.json : explained.listing);
   if (context.json) context.streams.out << '\n';

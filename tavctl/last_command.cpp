@@ -13,11 +13,11 @@ void cLastCommand::AddOptions(CLI::App& app) {
 
 eExit cLastCommand::Run(cContext& context) {
   cDataQuery data(context);
-  vorn::cRecord request;
-  if (!m_meter.empty()) request.AppendTextPar(db_ctrl::kMeterId, m_meter);
+  cDbCtrlRequest request;
+  request.m_meterID = m_meter;
   const auto rows = context.Rows(kLastValueColumns);
   const auto outcome =
-      data.List(db_ctrl::eListLastValues, request, 0, [&](const vorn::cRecord& row) { rows->Write(row); });
+      data.Select(db_ctrl::eGetLastValues, request, 0, [&](const vorn::cRecord& row) { rows->Write(row); });
   rows->End();
   if (outcome.rows != 0) return eExitDone;
   context.Note(m_meter.empty() ? "no value is stored yet" : "meter '" + m_meter + "' has no values; see tavctl meters");

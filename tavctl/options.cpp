@@ -46,6 +46,11 @@ void AddArgument(CLI::App& app, const char* name, std::string& value, const std:
   app.add_option(name, value, help)->type_name("")->required(need == eNeed::Required);
 }
 
+void AddArguments(CLI::App& app, const char* name, std::vector<std::string>& values, const std::string& help,
+                  eNeed need) {
+  app.add_option(name, values, help)->type_name("")->expected(-1)->required(need == eNeed::Required);
+}
+
 void AddText(CLI::App& app, const char* name, std::string& value, const std::string& help) {
   app.add_option(name, value, help)->type_name("TEXT");
 }
@@ -72,5 +77,12 @@ void AddTimeRange(CLI::App& app, cTimeRange& range) {
   AddTime(app, "--from", range.from, "Not before this time");
   AddTime(app, "--to", range.to, "Not after this time");
 }
+
+CLI::App& AddAction(CLI::App& app, const char* name, const char* help) {
+  app.require_subcommand(1);
+  return *app.add_subcommand(name, help);
+}
+
+std::string ChosenAction(const CLI::App& app) { return app.get_subcommands().front()->get_name(); }
 
 }  // namespace tav::ctl

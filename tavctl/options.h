@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace CLI {
 class App;
@@ -17,6 +18,9 @@ namespace tav::ctl {
 enum class eNeed { Optional, Required };
 
 void AddArgument(CLI::App& app, const char* name, std::string& value, const std::string& help, eNeed need);
+// One word or more.
+void AddArguments(CLI::App& app, const char* name, std::vector<std::string>& values, const std::string& help,
+                  eNeed need);
 void AddText(CLI::App& app, const char* name, std::string& value, const std::string& help);
 void AddFlag(CLI::App& app, const char* name, bool& value, const std::string& help);
 // A whole number from 0 on.
@@ -29,5 +33,10 @@ struct cTimeRange {
   std::optional<unsigned int> to;
 };
 void AddTimeRange(CLI::App& app, cTimeRange& range);
+
+// A word behind a command that says what to do, as "list" behind "meter"; one of them has to be there.
+CLI::App& AddAction(CLI::App& app, const char* name, const char* help);
+// The one that was chosen.
+std::string ChosenAction(const CLI::App& app);
 
 }  // namespace tav::ctl

@@ -22,4 +22,11 @@ inline constexpr cColumn kStoredValueColumns[] = {
     {db_ctrl::kValue, "VALUE", eForm::Number},  {"unit", "", eForm::Unit},    {"signature", "SIGNATURE", eForm::Data},
 };
 
+// Of what a collector has logged: at which time of its raster, and the value's own time.
+inline constexpr cColumn kProfileColumns[] = {
+    {db_ctrl::kTimestamp, "PERIOD", eForm::Time}, {db_ctrl::kObisId, "OBIS"},
+    {db_ctrl::kValue, "VALUE", eForm::Number},    {"unit", "", eForm::Unit},
+    {"value-timestamp", "TIME", eForm::Time},     {"time-source", "TIME FROM"},
+};
+
 }  // namespace tav::ctl

@@ -19,10 +19,9 @@ class cValuesCommand final : public cCommand {
   eExit Run(cContext& context) override;
 
  private:
-  vorn::cRecord Request() const;
-
   std::string m_meter;
   std::string m_obis;
+  std::string m_profile;
   cTimeRange m_range;
   std::uint64_t m_limit = kDefaultLimit;
 };

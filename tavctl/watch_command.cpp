@@ -49,10 +49,10 @@ void cWatchCommand::Repeat(cContext& context, const std::function<void(const Row
 }
 
 cWatchCommand::Rows cWatchCommand::Ask(cDataQuery& data) const {
-  vorn::cRecord request;
-  if (!m_meter.empty()) request.AppendTextPar(db_ctrl::kMeterId, m_meter);
+  cDbCtrlRequest request;
+  request.m_meterID = m_meter;
   Rows rows;
-  data.List(db_ctrl::eListLastValues, request, 0, [&](const vorn::cRecord& row) { rows.push_back(row); });
+  data.Select(db_ctrl::eGetLastValues, request, 0, [&](const vorn::cRecord& row) { rows.push_back(row); });
   return rows;
 }
 

@@ -224,7 +224,7 @@ inline constexpr cProtocolMessage kMessages[] = {
   {eNotifyDriver,          "notify-driver",              eToClient,  {{kInterfaceName, eOptional}, {kCommand}, {kContent, eOptional}},         eDriverDone,              eDriverFailed,            "a driver is to do something, or its configuration has changed; docs/protocol/notifications.md tells the commands"},
   {eDriverDone,            "driver-done",                eToService, {{kContent, eOptional}},                                                  0,                        0,                        "the driver has done it"},
   {eDriverFailed,          "driver-failed",              eToService, {{kReason}},                                                              0,                        0,                        "the driver could not do it"},
-  {eApplyConfig,           "apply-config",               eToService, {{kInterfaceRecord, eRepeated}, {kMeterConfigRecord, eRepeated}, {kPushTargetRecord, eRepeated}, {kMeterTemplateRecord, eRepeated}, {kReplace}}, eApplyConfig + 1,         eApplyConfig + 2,         "take a whole configuration in one transaction, or none of it"},
+  {eApplyConfig,           "apply-config",               eToService, {{kInterfaceRecord, eRepeated}, {kMeterConfigRecord, eRepeated}, {kPushTargetRecord, eRepeated}, {kIdx, eRepeated}, {kMeterTemplateRecord, eRepeated}, {kReplace}}, eApplyConfig + 1,         eApplyConfig + 2,         "take a whole configuration in one transaction, or none of it; the numbers are those of the templates, in the same order, or none"},
 };
 // clang-format on
 

@@ -41,7 +41,16 @@ class CompletionCommand : public TavctlWithGateway {
 TEST_F(CompletionCommand, OffersEveryCommand) {
   const std::vector<std::string> offers = Offers("tavctl ''");
   for (const auto& command : MakeCommands()) EXPECT_THAT(offers, Contains(command->GetName()));
-  EXPECT_THAT(Offers("tavctl me"), ElementsAre("meters"));
+  EXPECT_THAT(Offers("tavctl mete"), ElementsAre("meter", "meters"));
+}
+
+TEST_F(CompletionCommand, OffersWhatStandsBehindAnAction) {
+  EXPECT_THAT(Offers("tavctl template e"), ElementsAre("export"));
+  EXPECT_THAT(Offers("tavctl meter show --s"), ElementsAre("--secrets"));
+  EXPECT_THAT(Offers("tavctl meter set --s"), IsEmpty());
+  cOutput set = Run({"interface", "set", "SIM", "enabled=true"});
+  ASSERT_EQ(set.exit, eExitDone) << set.err;
+  EXPECT_THAT(Offers(InDirectory("interface show S")), ElementsAre("SIM"));
 }
 
 TEST_F(CompletionCommand, OffersTheOptionsOfACommand) {

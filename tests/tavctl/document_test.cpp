@@ -23,10 +23,15 @@ TEST(Document, NamesEveryCommandWithItsOptions) {
     CLI::App* const options = app.add_subcommand(command->GetName());
     command->AddOptions(*options);
     const std::string usage = std::string("| `") + command->GetName();
-    const std::size_t row = page.find(usage);
+    const std::size_t row = std::min(page.find(usage + " "), page.find(usage + "`"));
     ASSERT_NE(row, std::string::npos) << usage;
-    const std::string line = page.substr(row, page.find('\n', row) - row);
+    const std::string line = page.substr(row, page.find("\n| `", row) - row);
     for (const CLI::Option* option : options->get_options()) EXPECT_THAT(line, HasSubstr(option->get_name()));
+    for (const CLI::App* action : options->get_subcommands({})) {
+      EXPECT_THAT(line, HasSubstr(action->get_name()));
+      for (const CLI::Option* option : action->get_options())
+        EXPECT_THAT(line + " --help", HasSubstr(option->get_name()));
+    }
   }
 }
 

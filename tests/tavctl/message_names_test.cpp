@@ -11,7 +11,7 @@ namespace {
 TEST(MessageNames, ComeFromTheTableOfTheService) {
   const cMessageNames names("data");
   EXPECT_EQ(names.NameOf(db_ctrl::eStoreMeterRec), "store-meter-records");
-  EXPECT_EQ(names.NameOf(db_ctrl::eGetInterface + 1), "get-interface-done");
+  EXPECT_EQ(names.NameOf(db_ctrl::eSetInterface + 1), "set-interface-done");
   EXPECT_EQ(names.NameOf(0x5fffe), "0x5fffe");
 }
 

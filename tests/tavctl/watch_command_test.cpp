@@ -68,7 +68,7 @@ TEST_F(WatchCommand, ReplacesThePictureOnATerminal) {
 TEST_F(WatchCommand, AsksForTheMeterThatIsNamed) {
   Run({"watch", "M", "--count", "1"});
   ASSERT_EQ(m_server.messages.size(), 1u);
-  EXPECT_EQ(m_server.messages[0].Record().GetTextPar("meterID"), "M");
+  EXPECT_EQ(m_server.messages[0].Record().GetRecordPar("meter-request").GetTextPar("meterID"), "M");
 }
 
 TEST_F(WatchCommand, EndsCleanlyWhenItIsInterrupted) {
@@ -90,7 +90,7 @@ TEST_F(WatchCommand, GoesOnWhenAnAnswerIsMissing) {
   m_failAt = 2;
   const cOutput output = Run({"--timeout", "0.1", "watch", "--count", "3", "--interval", "0.1"});
   EXPECT_EQ(output.exit, eExitDone);
-  EXPECT_THAT(output.err, HasSubstr("did not answer list-last-values within 0.1 s"));
+  EXPECT_THAT(output.err, HasSubstr("did not answer get-last-values within 0.1 s"));
   EXPECT_THAT(output.out, HasSubstr("1-0:1.8.0       3 W"));
 }
 

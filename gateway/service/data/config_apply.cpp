@@ -2,6 +2,7 @@
 #include <gateway/service/data/config_apply.h>
 
 #include <algorithm>
+#include <cstdint>
 
 #include <tav/service/db_ctrl_protocol.h>
 
@@ -13,6 +14,8 @@ using vorn::cRecord;
 
 // Why a thing that the message does not hold has to stay all the same.
 constexpr const char* kReplaced = "to be deleted";
+
+constexpr std::uint64_t kMaxTemplateNumber = INT64_MAX;  // what the database takes
 
 bool AreSame(const cMeterConfig& a, const cMeterConfig& b) {
   return a.meterID == b.meterID && a.medium == b.medium && a.mfct == b.mfct;
@@ -31,6 +34,7 @@ bool cConfigApply::Read(const cRecord& request) {
           [](const cRecord& record, const cPlace& at, cTemplate& to) {
             return ReadTemplate(record, at, to.name, to.form);
           });
+  if (m_good) ReadTemplateNumbers(request);
   RefuseTwins(m_interfaces, [](const cInterfaceRecord& interface) { return Describe(interface); });
   RefuseTwins(m_meters, [](const cMeterConfig& meter) { return Describe(meter); });
   RefuseTwins(m_targets, [](const cPushTarget& target) { return Describe(target); });
@@ -72,6 +76,30 @@ void cConfigApply::RefuseTwinNumbers() {
   }
 }
 
+// The numbers stand beside the templates, in their order, or there is none at all.
+void cConfigApply::ReadTemplateNumbers(const cRecord& request) {
+  std::vector<std::uint64_t> numbers;
+  for (auto par = request.GetPar(db_ctrl::kIdx); par.IsValid(); par = par.NextSame())
+    numbers.push_back(par.GetUInt64());
+  if (numbers.empty()) return;
+  m_good = numbers.size() == m_templates.size();
+  if (!m_good) {
+    m_at.In("idx").Fault(std::to_string(numbers.size()) + " numbers for " + std::to_string(m_templates.size()) +
+                         " templates");
+    return;
+  }
+  std::set<std::uint64_t> seen;
+  for (std::size_t i = 0; i < numbers.size(); ++i) {
+    auto& [at, preset] = m_templates[i];
+    preset.idx = numbers[i];
+    const bool tooLarge = preset.idx > kMaxTemplateNumber;
+    if (!tooLarge && (preset.idx == 0 || seen.insert(preset.idx).second)) continue;
+    at.Fault(DescribeTemplate(preset.name) + ": number " + std::to_string(preset.idx) +
+             (tooLarge ? " is over " + std::to_string(kMaxTemplateNumber) : " is there twice"));
+    m_good = false;
+  }
+}
+
 // ---- setting
 
 void cConfigApply::Set() {
@@ -84,8 +112,18 @@ void cConfigApply::Set() {
   for (const auto& [at, interface] : m_interfaces) m_config.SetInterface(interface);
   for (const auto& [at, target] : m_targets) m_config.SetPushTarget(target, at);
   for (const auto& [at, meter] : m_meters) m_config.SetMeter(meter, at);
-  for (const auto& [at, preset] : m_templates) m_config.SetTemplate(preset.name, preset.form);
+  for (const auto& [at, preset] : m_templates) SetTemplate(at, preset);
   if (m_replace) DeleteOtherInterfaces();
+}
+
+void cConfigApply::SetTemplate(const cPlace& at, const cTemplate& preset) {
+  const auto idx = static_cast<std::int64_t>(preset.idx);
+  const std::string holder = idx != 0 ? m_config.NameOfTemplate(idx) : std::string();
+  if (holder.empty() || holder == preset.name)
+    m_config.SetTemplate(preset.name, preset.form, idx);
+  else
+    at.Fault(DescribeTemplate(preset.name) + ": number " + std::to_string(idx) + " is that of " +
+             DescribeTemplate(holder));
 }
 
 // A target without a number is the one of its name when there is one, so that the same message may come again.

@@ -32,6 +32,7 @@ class cConfigApply {
   struct cTemplate {
     std::string name;
     vorn::cRecord form;
+    std::uint64_t idx = 0;  // 0: the service chooses
   };
 
   template <typename Thing, typename ReadOne>
@@ -40,6 +41,8 @@ class cConfigApply {
   template <typename Thing, typename NameOf>
   void RefuseTwins(const std::vector<cPlaced<Thing>>& things, const NameOf& nameOf);
   void RefuseTwinNumbers();
+  void ReadTemplateNumbers(const vorn::cRecord& request);
+  void SetTemplate(const cPlace& at, const cTemplate& preset);
 
   void NumberTargets();
   void DeleteOtherMeters();

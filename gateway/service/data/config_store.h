@@ -49,7 +49,11 @@ class cConfigStore {
   std::vector<cPushTarget> GetPushTargets(const std::string& name) { return m_targets.List(name); }
 
   // ---- templates
-  std::int64_t SetTemplate(const std::string& name, const vorn::cRecord& form) { return m_templates.Set(name, form); }
+  std::int64_t SetTemplate(const std::string& name, const vorn::cRecord& form, std::int64_t idx = 0) {
+    return m_templates.Set(name, form, idx);
+  }
+  // Empty when no template has that number.
+  std::string NameOfTemplate(std::int64_t idx) { return m_templates.NameOf(idx); }
   void DeleteTemplate(std::uint64_t idx, const std::string& name, const cPlace& at, cRemoved& removed);
   std::vector<cStoredTemplate> GetTemplates(const std::string& name) { return m_templates.List(name); }
 

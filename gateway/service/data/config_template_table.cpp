@@ -10,6 +10,7 @@ namespace tav::data {
 // A change goes by UPDATE first: an INSERT that ends in one would use up a number.
 cTemplateTable::cTemplateTable(SQLite::Database& database)
     : m_update(database, "UPDATE meter_template SET record=?2 WHERE name=?1"),
+      m_number(database, "UPDATE meter_template SET idx=?2 WHERE name=?1"),
       m_insert(database, "INSERT INTO meter_template(name, record) VALUES(?1,?2)"),
       m_delete(database, "DELETE FROM meter_template WHERE idx=?"),
       m_find(database, "SELECT idx FROM meter_template WHERE name=?"),
@@ -17,13 +18,14 @@ cTemplateTable::cTemplateTable(SQLite::Database& database)
       m_list(database, "SELECT idx, name, record FROM meter_template WHERE ?1='' OR name=?1 ORDER BY idx"),
       m_count(database, "SELECT count(*) FROM meter_template") {}
 
-std::int64_t cTemplateTable::Set(const std::string& name, const vorn::cRecord& record) {
+std::int64_t cTemplateTable::Set(const std::string& name, const vorn::cRecord& record, std::int64_t idx) {
   SQLite::Statement& statement = Find(name) != 0 ? m_update : m_insert;
   const std::string_view bytes = record.GetBytes();
   statement.bindNoCopy(1, name);
   statement.bindNoCopy(2, static_cast<const void*>(bytes.data()), static_cast<int>(bytes.size()));
   statement.exec();
   statement.reset();
+  if (idx != 0) Run(m_number, name, idx);
   return Find(name);
 }
 

@@ -23,8 +23,8 @@ class cTemplateTable {
  public:
   explicit cTemplateTable(SQLite::Database& database);
 
-  // Its number; a template that is changed keeps it.
-  std::int64_t Set(const std::string& name, const vorn::cRecord& record);
+  // Its number: idx, which no other one has; for 0 the one that it has, or the next.
+  std::int64_t Set(const std::string& name, const vorn::cRecord& record, std::int64_t idx = 0);
   void Delete(std::int64_t idx);
   // 0 when there is none.
   std::int64_t Find(const std::string& name);
@@ -36,6 +36,7 @@ class cTemplateTable {
 
  private:
   SQLite::Statement m_update;
+  SQLite::Statement m_number;
   SQLite::Statement m_insert;
   SQLite::Statement m_delete;
   SQLite::Statement m_find;

@@ -179,6 +179,36 @@ TEST_F(ConfigApply, ReplaceRefusesWhatNeedsSomethingThatIsToBeDeleted) {
                 "meterconfig-record 1: meter 'M1': collector '1': push target 'cloud' is not there");
 }
 
+TEST_F(ConfigApply, GivesTemplatesTheNumbersThatStandBesideThem) {
+  const auto numbered = [](std::initializer_list<std::uint64_t> numbers) {
+    cConfiguration configuration = cConfiguration().Add(Template("a")).Add(Template("b"));
+    for (const std::uint64_t number : numbers) configuration.record.AppendUInt64Par("idx", number);
+    return configuration;
+  };
+  const auto numbers = [this] {
+    std::map<std::string, std::uint64_t> found;
+    const cMsg answer = AskRaw(db_ctrl::eGetMeterTemplate, {});
+    vorn::cRecordPar idx = answer.Record().GetPar("idx");
+    cRecord form;
+    for (vorn::cRecordPar at = answer.Record().GetPar("metertemplate-record"); at.GetRecord(form); at = at.NextSame()) {
+      found[form.GetTextPar("name")] = idx.GetUInt64();
+      idx = idx.NextSame();
+    }
+    return found;
+  };
+  ExpectApplied(numbered({42, 7}), true);
+  EXPECT_THAT(numbers(), ElementsAre(std::pair("a", 42u), std::pair("b", 7u)));
+  ExpectApplied(numbered({5, 0}), true);
+  EXPECT_THAT(numbers(), ElementsAre(std::pair("a", 5u), std::pair("b", 7u))) << "0 leaves it as it is";
+  ExpectApplied(numbered({}), true);
+  EXPECT_THAT(numbers(), ElementsAre(std::pair("a", 5u), std::pair("b", 7u)));
+  ExpectRefused(numbered({1}), true, "idx: 1 numbers for 2 templates");
+  ExpectRefused(numbered({3, 3}), true, "metertemplate-record 2: template 'b': number 3 is there twice");
+  ExpectRefused(numbered({std::uint64_t{1} << 63, 2}), true,
+                "metertemplate-record 1: template 'a': number 9223372036854775808 is over 9223372036854775807");
+  ExpectRefused(numbered({7, 0}), true, "metertemplate-record 1: template 'a': number 7 is that of template 'b'");
+}
+
 TEST_F(ConfigApply, ShouldRemovedHoldsHereToo) {
   ExpectApplied(Usual(), false);
   cCollectorConfig gone = Collector("1");

@@ -1,0 +1,72 @@
+// SPDX-License-Identifier: Apache-2.0
+// Configuration records as JSON objects, by the tables of fields.h, and back: every fault of an object is found, and
+// named with its place.
+#pragma once
+
+#include <algorithm>
+#include <nlohmann/json.hpp>
+#include <string>
+#include <vector>
+
+#include <tavctl/config/fields.h>
+
+namespace tav::ctl {
+
+using cJson = nlohmann::ordered_json;
+
+enum class eSecrets { Leave, Show };
+
+// What is wrong in a document, and where: "meters[2].medium: expected a text, found 5".
+struct cFault {
+  std::string place;
+  std::string what;
+};
+using Faults = std::vector<cFault>;
+
+inline std::string Shown(const cJson& json) { return json.dump(-1, ' ', false, cJson::error_handler_t::replace); }
+
+// The JSON form of a value of a field, and back; false and what was expected when it does not fit.
+template <typename Value>
+bool TakeJson(const cJson& json, Value& value, std::string& expected) {
+  if constexpr (std::is_same_v<Value, std::string> || std::is_same_v<Value, bool>) {
+    expected = std::is_same_v<Value, bool> ? "true or false" : "a text";
+    if (std::is_same_v<Value, bool> ? !json.is_boolean() : !json.is_string()) return false;
+    value = json.get<Value>();
+    return true;
+  } else {
+    // TOML has no number above 2^63: such a one is a text.
+    const bool isText = json.is_string() && sizeof(Value) == sizeof(std::uint64_t);
+    const bool isNumber = json.is_number_unsigned() || json.is_number_integer();
+    return TakeText(isText ? json.get<std::string>() : isNumber ? json.dump() : std::string(), value, expected);
+  }
+}
+
+template <typename Record>
+cJson ToJson(const Record& record, std::span<const cField<Record>> fields, eSecrets secrets) {
+  cJson object = cJson::object();
+  for (const cField<Record>& field : fields)
+    if (!field.secret || secrets == eSecrets::Show)
+      std::visit([&](auto member) { object[std::string(field.name)] = record.*member; }, field.member);
+  return object;
+}
+
+// Sets the fields that the object has. Members that are no fields are for the caller, when they are among others.
+template <typename Record>
+void FromJson(const cJson& object, std::span<const cField<Record>> fields, Record& record, const std::string& place,
+              Faults& faults, std::initializer_list<std::string_view> others = {}) {
+  if (!object.is_object()) {
+    faults.push_back({place, "expected fields, found " + Shown(object)});
+    return;
+  }
+  for (const auto& [name, value] : object.items()) {
+    if (std::find(others.begin(), others.end(), name) != others.end()) continue;
+    const cField<Record>* const field = FindField(fields, name);
+    std::string expected;
+    if (field == nullptr)
+      faults.push_back({place + "." + name, "there is no such field; there are " + FieldNames(fields)});
+    else if (!std::visit([&](auto member) { return TakeJson(value, record.*member, expected); }, field->member))
+      faults.push_back({place + "." + name, "expected " + expected + ", found " + Shown(value)});
+  }
+}
+
+}  // namespace tav::ctl

@@ -1,0 +1,329 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <tavctl/config/things.h>
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <filesystem>
+
+#include <tavctl/failure.h>
+#include <tavctl/options.h>
+
+namespace tav::ctl {
+
+namespace {
+
+template <typename Record, std::size_t N>
+cJson JsonOf(const Record& record, const cField<Record> (&fields)[N], eSecrets secrets) {
+  return ToJson(record, std::span<const cField<Record>>(fields), secrets);
+}
+
+template <typename Record>
+[[noreturn]] void RefuseSeveral(const char* what, const std::string& name, const std::vector<Record>& found) {
+  std::string names;
+  for (const cMeterConfig& meter : found)
+    names += (names.empty() ? "" : ", ") + meter.meterID + " (medium " + meter.medium + ", maker " + meter.mfct + ")";
+  throw cFailure(eExitNegative, "several " + std::string(what) + " are called '" + name + "': " + names);
+}
+
+// The one of that address or identifier; none: a new one with that identifier.
+cMeterConfig MeterToChange(cGatewayConfig& config, const std::string& name) {
+  const std::vector<cMeterConfig> found = config.GetMeters(name);
+  if (found.size() > 1) RefuseSeveral("meters", name, found);
+  cMeterConfig meter;
+  if (found.empty()) meter.meterID = name;
+  return found.empty() ? meter : found.front();
+}
+
+constexpr cColumn kInterfaceColumns[] = {{"name", "NAME"}, {"enabled", "ENABLED"}, {"options", "OPTIONS"}};
+constexpr cColumn kMeterColumns[] = {{"meterID", "METER"},
+                                     {"addr", "ADDRESS"},
+                                     {"medium", "MEDIUM", eForm::Medium},
+                                     {"mfct", "MAKER"},
+                                     {"interface-name", "INTERFACE"},
+                                     {"interface-protocol", "PROTOCOL"},
+                                     {"interface-options", "OPTIONS"},
+                                     {"push-enabled", "PUSH"}};
+constexpr cColumn kCollectorColumns[] = {{"meterID", "METER"},
+                                         {"addr", "COLLECTOR"},
+                                         {"activation", "ACTIVE"},
+                                         {"event-type", "EVENT"},
+                                         {"countRP", "KEPT", eForm::Number},
+                                         {"obis-ids", "OBIS"},
+                                         {"push-target-name", "PUSH TARGET"}};
+constexpr cColumn kPushTargetColumns[] = {{"name", "NAME"},       {"idx", "NUMBER", eForm::Number},
+                                          {"enabled", "ENABLED"}, {"protocoll", "SCHEME"},
+                                          {"host", "HOST"},       {"uri", "PATH"}};
+constexpr cColumn kTemplateColumns[] = {{"name", "NAME"}, {"idx", "NUMBER", eForm::Number}, {"enable", "ENABLED"}};
+
+}  // namespace
+
+// ---- interfaces
+
+cInterfaceCommand::cInterfaceCommand()
+    : cThingCommand("interface", "List, show, set and delete the interfaces of the gateway", "INTERFACE",
+                    FieldHelp(kInterfaceFields)) {}
+
+Columns cInterfaceCommand::GetColumns() const { return kInterfaceColumns; }
+
+std::vector<cJson> cInterfaceCommand::Find(cGatewayConfig& config, const std::string& name, eSecrets secrets) {
+  std::vector<cJson> found;
+  for (const auto& each : config.GetInterfaces(name)) found.push_back(JsonOf(each, kInterfaceFields, secrets));
+  return found;
+}
+
+void cInterfaceCommand::Set(cGatewayConfig& config, const std::string& name, const std::vector<cAssignment>& fields) {
+  const auto found = config.GetInterfaces(name);
+  cInterfaceRecord interface = found.empty() ? cInterfaceRecord(name) : found.front();
+  for (const cAssignment& field : fields) Assign(interface, kInterfaceFields, field);
+  config.Set(interface);
+}
+
+std::vector<std::string> cInterfaceCommand::Delete(cGatewayConfig& config, const std::string& name) {
+  if (config.GetInterfaces(name).empty()) RefuseUnknown(name);
+  return config.DeleteInterface(name);
+}
+
+// ---- meters
+
+cMeterCommand::cMeterCommand()
+    : cThingCommand("meter", "List, show, set and delete the configured meters", "METER", FieldHelp(kMeterFields)) {}
+
+Columns cMeterCommand::GetColumns() const { return kMeterColumns; }
+
+std::vector<cJson> cMeterCommand::Find(cGatewayConfig& config, const std::string& name, eSecrets secrets) {
+  std::vector<cJson> found;
+  for (const auto& each : config.GetMeters(name)) found.push_back(MeterToJson(each, secrets));
+  return found;
+}
+
+void cMeterCommand::Set(cGatewayConfig& config, const std::string& name, const std::vector<cAssignment>& fields) {
+  cMeterConfig meter = MeterToChange(config, name);
+  for (const cAssignment& field : fields) Assign(meter, kMeterFields, field);
+  config.Set(meter);
+}
+
+std::vector<std::string> cMeterCommand::Delete(cGatewayConfig& config, const std::string& name) {
+  const auto found = config.GetMeters(name);
+  if (found.empty()) RefuseUnknown(name);
+  if (found.size() > 1) RefuseSeveral("meters", name, found);
+  return config.DeleteMeter(found.front());
+}
+
+// ---- collectors
+
+namespace {
+
+// METER/NAME in two.
+std::pair<std::string, std::string> Parts(const std::string& name) {
+  const std::size_t slash = name.find('/');
+  if (slash == std::string::npos || slash == 0 || slash + 1 == name.size())
+    throw cFailure(eExitUsage, "expected METER/NAME, found \"" + name + "\"");
+  return {name.substr(0, slash), name.substr(slash + 1)};
+}
+
+auto FindCollector(cMeterConfig& meter, const std::string& addr) {
+  return std::find_if(meter.collectors.begin(), meter.collectors.end(),
+                      [&](const cCollectorConfig& each) { return each.addr == addr; });
+}
+
+cMeterConfig KnownMeter(cGatewayConfig& config, const std::string& name) {
+  const auto found = config.GetMeters(name);
+  if (found.empty()) throw cFailure(eExitNegative, "there is no meter '" + name + "'; see tavctl meter list");
+  if (found.size() > 1) RefuseSeveral("meters", name, found);
+  return found.front();
+}
+
+}  // namespace
+
+cCollectorCommand::cCollectorCommand()
+    : cThingCommand("collector", "List, show, set and delete what is logged of a meter", "METER/NAME",
+                    FieldHelp(kCollectorFields)) {}
+
+Columns cCollectorCommand::GetColumns() const { return kCollectorColumns; }
+
+std::vector<cJson> cCollectorCommand::Find(cGatewayConfig& config, const std::string& name, eSecrets secrets) {
+  const auto [which, addr] = name.empty() ? std::pair<std::string, std::string>() : Parts(name);
+  std::vector<cJson> found;
+  for (const cMeterConfig& meter : config.GetMeters(which))
+    for (const cCollectorConfig& each : meter.collectors) {
+      if (!addr.empty() && each.addr != addr) continue;
+      cJson object = cJson::object({{"meterID", meter.meterID}});
+      object.update(JsonOf(each, kCollectorFields, secrets));
+      found.push_back(object);
+    }
+  return found;
+}
+
+void cCollectorCommand::Set(cGatewayConfig& config, const std::string& name, const std::vector<cAssignment>& fields) {
+  const auto [which, addr] = Parts(name);
+  cMeterConfig meter = KnownMeter(config, which);
+  auto collector = FindCollector(meter, addr);
+  if (collector == meter.collectors.end()) {
+    cCollectorConfig fresh;
+    fresh.SetAddr(addr);
+    collector = meter.collectors.insert(meter.collectors.end(), fresh);
+  }
+  for (const cAssignment& field : fields) Assign(*collector, kCollectorFields, field);
+  config.Set(meter);
+}
+
+std::vector<std::string> cCollectorCommand::Delete(cGatewayConfig& config, const std::string& name) {
+  const auto [which, addr] = Parts(name);
+  cMeterConfig meter = KnownMeter(config, which);
+  const auto collector = FindCollector(meter, addr);
+  if (collector == meter.collectors.end()) RefuseUnknown(name);
+  collector->shouldRemoved = true;
+  config.Set(meter);
+  return {"collector '" + addr + "' of meter '" + meter.meterID + "'"};
+}
+
+// ---- push targets
+
+cPushTargetCommand::cPushTargetCommand()
+    : cThingCommand("push-target", "List, show, set and delete the servers that values are pushed to", "PUSH-TARGET",
+                    FieldHelp(kPushTargetFields)) {}
+
+Columns cPushTargetCommand::GetColumns() const { return kPushTargetColumns; }
+
+std::vector<cJson> cPushTargetCommand::Find(cGatewayConfig& config, const std::string& name, eSecrets secrets) {
+  std::vector<cJson> found;
+  for (const auto& each : config.GetPushTargets(name)) found.push_back(JsonOf(each, kPushTargetFields, secrets));
+  return found;
+}
+
+void cPushTargetCommand::Set(cGatewayConfig& config, const std::string& name, const std::vector<cAssignment>& fields) {
+  const auto found = config.GetPushTargets(name);
+  cPushTarget target;
+  if (found.empty())
+    target.name = name;
+  else
+    target = found.front();
+  for (const cAssignment& field : fields) Assign(target, kPushTargetFields, field);
+  config.Set(target);
+}
+
+std::vector<std::string> cPushTargetCommand::Delete(cGatewayConfig& config, const std::string& name) {
+  const auto found = config.GetPushTargets(name);
+  if (found.empty()) RefuseUnknown(name);
+  config.DeletePushTarget(found.front().idx, name);
+  return {"push target '" + name + "'"};
+}
+
+// ---- templates
+
+namespace {
+
+constexpr std::string_view kMeterPrefix = "meter-config.";
+constexpr std::string_view kPushPrefix = "push-config.";
+
+std::string TemplateHelp() {
+  return FieldHelp(kTemplateFields) +
+         "and meter-config.FIELD, push-config.FIELD; see tavctl meter set --help and tavctl "
+         "push-target set --help\n";
+}
+
+void AssignTemplate(cMeterTemplate& to, cAssignment field) {
+  const auto behind = [&](std::string_view prefix) {
+    if (field.field.rfind(prefix, 0) != 0) return false;
+    field.field.erase(0, prefix.size());
+    return true;
+  };
+  if (behind(kMeterPrefix))
+    Assign(to.meterConfig, kMeterFields, field);
+  else if (behind(kPushPrefix))
+    Assign(to.pushConfig, kPushTargetFields, field);
+  else
+    Assign(to, kTemplateFields, field);
+}
+
+// The number in a file's name, "42.mt".
+unsigned long long NumberOf(const std::filesystem::path& file) {
+  std::uint64_t number = 0;
+  std::string expected;
+  if (file.extension() != ".mt" || !TakeText(file.stem().string(), ~std::uint64_t{0}, number, expected))
+    throw cFailure(eExitUsage, file.string() + ": a template's file is named after its number, such as 42.mt");
+  return number;
+}
+
+}  // namespace
+
+cTemplateCommand::cTemplateCommand()
+    : cThingCommand("template", "List, show, set, delete, export and import presets for new meters", "TEMPLATE",
+                    TemplateHelp()) {}
+
+void cTemplateCommand::AddOptions(CLI::App& app) {
+  cThingCommand::AddOptions(app);
+  CLI::App& out = AddAction(app, "export", "Write a file NUMBER.mt for each template");
+  AddArgument(out, "FOLDER", m_folder, "Folder for the files", eNeed::Required);
+  AddFlag(out, "--secrets", m_withSecrets, "Write keys and passwords too");
+  CLI::App& in = AddAction(app, "import", "Make or change templates from files");
+  AddArguments(in, "FILE", m_files, "Files named NUMBER.mt", eNeed::Required);
+}
+
+Columns cTemplateCommand::GetColumns() const { return kTemplateColumns; }
+
+std::vector<cJson> cTemplateCommand::Find(cGatewayConfig& config, const std::string& name, eSecrets secrets) {
+  std::vector<cJson> found;
+  for (const auto& each : config.GetTemplates(name)) found.push_back(TemplateToJson(each, secrets));
+  return found;
+}
+
+void cTemplateCommand::Set(cGatewayConfig& config, const std::string& name, const std::vector<cAssignment>& fields) {
+  const auto found = config.GetTemplates(name);
+  cMeterTemplate changed;
+  if (found.empty())
+    changed.name = name;
+  else
+    changed = found.front();
+  for (const cAssignment& field : fields) AssignTemplate(changed, field);
+  const std::string fault = PushConfigFault(changed);
+  if (!fault.empty()) throw cFailure(eExitUsage, "push-config: " + fault);
+  config.Set(changed);
+}
+
+std::vector<std::string> cTemplateCommand::Delete(cGatewayConfig& config, const std::string& name) {
+  const auto found = config.GetTemplates(name);
+  if (found.empty()) RefuseUnknown(name);
+  config.DeleteTemplate(found.front().id, name);
+  return {"template '" + name + "'"};
+}
+
+bool cTemplateCommand::RunOther(cContext& context, cGatewayConfig& config, const std::string& action) {
+  if (action == "export")
+    Export(context, config);
+  else
+    Import(context, config);
+  return true;
+}
+
+void cTemplateCommand::Export(cContext& context, cGatewayConfig& config) {
+  for (cMeterTemplate& each : config.GetTemplates()) {
+    if (!m_withSecrets) {
+      each.meterConfig.key.clear();
+      each.pushConfig.password.clear();
+    }
+    const std::string file = (std::filesystem::path(m_folder) / (std::to_string(each.id) + ".mt")).string();
+    context.trouble.clear();
+    if (!each.Store(m_folder)) throw cFailure(eExitFile, file + ": cannot be written: " + context.trouble);
+    context.Note("wrote " + file + ", template '" + each.name + "'");
+  }
+}
+
+void cTemplateCommand::Import(cContext& context, cGatewayConfig& config) {
+  std::vector<cMeterTemplate> read;
+  for (const std::string& name : m_files) {
+    const std::filesystem::path file(name);
+    cMeterTemplate& each = read.emplace_back();
+    const unsigned long long number = NumberOf(file);
+    each.id = number;
+    std::error_code ignored;
+    if (!std::filesystem::is_regular_file(file, ignored)) throw cFailure(eExitFile, name + ": there is no such file");
+    context.trouble.clear();
+    if (!each.Load(file.parent_path().string())) throw cFailure(eExitFile, name + ": " + context.trouble);
+    if (each.name.empty()) throw cFailure(eExitFile, name + ": the template has no name");
+  }
+  for (const cMeterTemplate& each : read)
+    context.Note("template '" + each.name + "' has number " + std::to_string(config.Set(each)));
+}
+
+}  // namespace tav::ctl

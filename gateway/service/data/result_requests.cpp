@@ -170,6 +170,9 @@ std::unique_ptr<cResult> cResultRequests::MakeProfile(cTables& tables, const cDb
                                                       const cStoredSelection& selection, std::string& reason) {
   cProfileChoice choice(asked.m_profile);
   for (const std::string& meter : selection.meters) choice.Offer(meter, tables.profileQuery.List(meter));
+  // One that was configured and not read yet has a profile without rows.
+  const std::string& meterId = asked.m_meterID;
+  if (!meterId.empty() && !tables.query.FindMeter(meterId)) choice.Offer(meterId, tables.profileQuery.List(meterId));
   reason = choice.GetReason();
   std::vector<cProfileSelection> profiles;
   for (const auto& [meter, profile] : choice.GetChosen())

@@ -351,6 +351,14 @@ TEST_F(ProfileLogger, AProfileOfSeveralMetersComesMeterByMeter) {
   EXPECT_THAT(Stored(request, {"meterID", "timestamp"}), ElementsAre("M 1699920900", "N 1699920900"));
 }
 
+TEST_F(ProfileLogger, AMeterThatWasNotReadYetHasAnEmptyProfile) {
+  Configure("M", {Collector("1", "15min", "1-0:1.8.0")});
+  EXPECT_THAT(Profile("1"), IsEmpty());
+  cDbCtrlRequest request = RequestFor("M");
+  request.m_profile = "2";
+  EXPECT_EQ(Reason(GetStored(request)), "unknown profile '2': possible are '1' (15min) of meter 'M'");
+}
+
 TEST_F(ProfileLogger, OnlyValuesHaveProfiles) {
   cDbCtrlRequest request = RequestFor("M");
   request.m_profile = "1";

@@ -8,6 +8,7 @@
 #include <tavctl/failure.h>
 #include <tavctl/input_file.h>
 #include <tavctl/options.h>
+#include <tavctl/progress.h>
 
 namespace tav::ctl {
 
@@ -37,7 +38,8 @@ eExit cConfigCommand::Run(cContext& context) {
 }
 
 eExit cConfigCommand::Export(cContext& context) const {
-  const cConfigDocument config = cGatewayConfig(context).GetAll();
+  cProgress progress(context, "reading the configuration", cGatewayConfig::kGetSteps);
+  const cConfigDocument config = cGatewayConfig(context).GetAll([&] { progress.Step(); });
   const std::string text =
       config.ToText(context.json ? eDocument::Json : eDocument::Toml, m_secrets ? eSecrets::Show : eSecrets::Leave);
   if (m_file.empty()) {
@@ -53,9 +55,12 @@ eExit cConfigCommand::Import(cContext& context) const {
   const std::string text = ReadInput(m_file, context.streams.in, kMaxDocument);
   std::optional<cGatewayConfig> gateway;
   if (!m_check) gateway.emplace(context);
+  cProgress progress(context, "taking the configuration", cGatewayConfig::kGetSteps + 2);
+  const auto step = [&] { progress.Step(); };
   Faults faults;
   const cConfigDocument config =
-      cConfigDocument::FromText(text, gateway ? gateway->GetAll() : cConfigDocument(), faults);
+      cConfigDocument::FromText(text, gateway ? gateway->GetAll(step) : cConfigDocument(), faults);
+  step();
   for (const cFault& fault : faults) context.Note(m_file + ": " + fault.place + ": " + fault.what);
   if (!faults.empty()) {
     if (!m_check) context.Note("nothing was changed");

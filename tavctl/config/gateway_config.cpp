@@ -103,7 +103,18 @@ std::vector<cMeterTemplate> cGatewayConfig::GetTemplates(const std::string& name
   return Called(name, std::move(templates));
 }
 
-cConfigDocument cGatewayConfig::GetAll() { return {GetInterfaces(), GetMeters(), GetPushTargets(), GetTemplates()}; }
+cConfigDocument cGatewayConfig::GetAll(const std::function<void()>& onStep) {
+  cConfigDocument all;
+  all.interfaces = GetInterfaces();
+  onStep();
+  all.meters = GetMeters();
+  onStep();
+  all.pushTargets = GetPushTargets();
+  onStep();
+  all.templates = GetTemplates();
+  onStep();
+  return all;
+}
 
 void cGatewayConfig::Set(const cInterfaceRecord& interface) {
   m_link.Ask(db_ctrl::eSetInterface, Holding(db_ctrl::kInterfaceRecord, interface));

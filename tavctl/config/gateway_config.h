@@ -3,6 +3,7 @@
 // Everything throws a cFailure when the service cannot be reached or refuses.
 #pragma once
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -24,7 +25,9 @@ class cGatewayConfig {
   std::vector<cMeterConfig> GetMeters(const std::string& which = {});
   std::vector<cPushTarget> GetPushTargets(const std::string& name = {});
   std::vector<cMeterTemplate> GetTemplates(const std::string& name = {});
-  cConfigDocument GetAll();
+  // onStep is called after each of its kGetSteps parts.
+  static constexpr std::size_t kGetSteps = 4;
+  cConfigDocument GetAll(const std::function<void()>& onStep = [] {});
 
   // ---- changes; numbers are those that the service gave
   void Set(const cInterfaceRecord& interface);

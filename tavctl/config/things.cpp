@@ -7,6 +7,7 @@
 
 #include <tavctl/failure.h>
 #include <tavctl/options.h>
+#include <tavctl/progress.h>
 
 namespace tav::ctl {
 
@@ -297,7 +298,9 @@ bool cTemplateCommand::RunOther(cContext& context, cGatewayConfig& config, const
 }
 
 void cTemplateCommand::Export(cContext& context, cGatewayConfig& config) {
-  for (cMeterTemplate& each : config.GetTemplates()) {
+  std::vector<cMeterTemplate> all = config.GetTemplates();
+  cProgress progress(context, "writing templates", all.size());
+  for (cMeterTemplate& each : all) {
     if (!m_withSecrets) {
       each.meterConfig.key.clear();
       each.pushConfig.password.clear();
@@ -306,6 +309,7 @@ void cTemplateCommand::Export(cContext& context, cGatewayConfig& config) {
     context.trouble.clear();
     if (!each.Store(m_folder)) throw cFailure(eExitFile, file + ": cannot be written: " + context.trouble);
     context.Note("wrote " + file + ", template '" + each.name + "'");
+    progress.Step();
   }
 }
 
@@ -322,8 +326,11 @@ void cTemplateCommand::Import(cContext& context, cGatewayConfig& config) {
     if (!each.Load(file.parent_path().string())) throw cFailure(eExitFile, name + ": " + context.trouble);
     if (each.name.empty()) throw cFailure(eExitFile, name + ": the template has no name");
   }
-  for (const cMeterTemplate& each : read)
+  cProgress progress(context, "setting templates", read.size());
+  for (const cMeterTemplate& each : read) {
     context.Note("template '" + each.name + "' has number " + std::to_string(config.Set(each)));
+    progress.Step();
+  }
 }
 
 }  // namespace tav::ctl

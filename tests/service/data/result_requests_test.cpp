@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <gateway/service/data/result_requests.h>
 
+#include <random>
+
 #include <gateway/service/data/base64.h>
 #include <tests/service/data/query_fixture.h>
 
@@ -464,6 +466,51 @@ TEST_F(ResultRequests, ADamagedFileIsARefusalAndReleasesTheResult) {
   EXPECT_EQ(refused.GetType(), db_ctrl::eFetchStoredValues + 2);
   EXPECT_THAT(Reason(refused), HasSubstr("no such table: signature"));
   EXPECT_EQ(m_server->CountResults(), 0u);
+}
+
+TEST_F(ResultRequests, AnyFormOfARequestIsAnswered) {
+  StoreSeries("M", 3);
+  std::mt19937 random(1);
+  const auto append = [&](cRecord& to, const char* name, const cRecord& nested) {
+    const auto number = static_cast<unsigned int>(random() % 4 == 0 ? random() : random() % 3);
+    const char* const texts[] = {"", "M", "readings", "values", "1-0:1.8.0", "base64", "SELECT 1", "\xFF"};
+    switch (random() % 8) {
+      case 0:
+        return to.AppendUIntPar(name, number);
+      case 1:
+        return to.AppendTextPar(name, nullptr);
+      case 2:
+        return to.AppendUInt64Par(name, number);
+      case 3:
+        return to.AppendUuidPar(name, vorn::cUuid());
+      case 4:
+        return to.AppendRecordPar(name, nested);
+      default:
+        return to.AppendTextPar(name, texts[random() % std::size(texts)]);
+    }
+  };
+  for (int round = 0; round < 400; ++round) {
+    cRecord obis, selection, request;
+    for (const char* name : {"obis-id", "obis-id"}) append(obis, name, {});
+    for (const char* name : {"meterID", "addr", "vendor", "mfct", "medium", "mode", "profile", "obis-id", "raw-format",
+                             "fromUTC", "toUTC", "maxlen", "version"})
+      if (random() % 3 == 0) append(selection, name, obis);
+    request.AppendRecordPar("meter-request", selection);
+    for (const char* name : {"handle", "count", "db", "sql", "options"}) append(request, name, selection);
+    constexpr unsigned int kTypes[] = {db_ctrl::eGetStoredValues, db_ctrl::eGetLastValues,     db_ctrl::eGetMeterStatus,
+                                       db_ctrl::eSqlExec,         db_ctrl::eFetchStoredValues, db_ctrl::eSqlFetch,
+                                       db_ctrl::eCloseResult};
+    const unsigned int type = kTypes[random() % std::size(kTypes)];
+    const cMsg answer = m_client->Ask([&](const vorn::cUuid& id) {
+      cMsg msg(type);
+      msg.SetId(id);
+      msg.Record() = request;
+      return m_client->Send(msg) == 1;
+    });
+    ASSERT_TRUE(answer.GetType() == type + 1 || answer.GetType() == type + 2) << request.ToString();
+    EXPECT_EQ(answer.GetType() == type + 2, !Reason(answer).empty()) << request.ToString();
+    if (Handle(answer).IsValid()) Close(Handle(answer));
+  }
 }
 
 TEST_F(ResultRequests, EveryStatementGoesAlongKeys) {

@@ -9,7 +9,7 @@
 #include <bench/support/figures.h>
 #include <bench/support/placement.h>
 #include <bench/support/sample_reading.h>
-#include <gateway/service/data/reading_view.h>
+#include <gateway/service/data/storage/reading_view.h>
 #include <tests/support/temp_folder.h>
 
 using namespace tav::bench;

@@ -11,7 +11,7 @@
 #include <string>
 
 #include <gateway/service/data/data_store.h>
-#include <gateway/service/data/row_statements.h>
+#include <gateway/service/data/storage/row_statements.h>
 
 namespace tav::bench {
 

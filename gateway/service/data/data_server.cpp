@@ -4,8 +4,8 @@
 #include <cstring>
 
 #include <gateway/service/data/page.h>
+#include <gateway/service/data/query/value_row.h>
 #include <gateway/service/data/schema.h>
-#include <gateway/service/data/value_row.h>
 #include <tav/framework/trace.h>
 #include <tav/service/db_ctrl_protocol.h>
 

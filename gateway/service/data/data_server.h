@@ -11,14 +11,14 @@
 #include <string>
 
 #include <gateway/host/protocol_server.h>
-#include <gateway/service/data/config_requests.h>
+#include <gateway/service/data/config/config_requests.h>
 #include <gateway/service/data/data_store.h>
-#include <gateway/service/data/driver_commands.h>
-#include <gateway/service/data/driver_registry.h>
-#include <gateway/service/data/profile_logger.h>
-#include <gateway/service/data/result_requests.h>
-#include <gateway/service/data/result_table.h>
-#include <gateway/service/data/sql_requests.h>
+#include <gateway/service/data/driver/driver_commands.h>
+#include <gateway/service/data/driver/driver_registry.h>
+#include <gateway/service/data/profile/profile_logger.h>
+#include <gateway/service/data/query/result_requests.h>
+#include <gateway/service/data/query/result_table.h>
+#include <gateway/service/data/query/sql_requests.h>
 #include <gateway/service/data/store_group.h>
 
 namespace tav::data {

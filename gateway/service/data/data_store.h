@@ -13,16 +13,16 @@
 #include <memory>
 #include <string>
 
-#include <gateway/service/data/config_store.h>
-#include <gateway/service/data/event_store.h>
+#include <gateway/service/data/config/config_store.h>
 #include <gateway/service/data/fault.h>
-#include <gateway/service/data/meter_selection.h>
-#include <gateway/service/data/profile_query.h>
-#include <gateway/service/data/profile_store.h>
-#include <gateway/service/data/reading_query.h>
-#include <gateway/service/data/reading_store.h>
-#include <gateway/service/data/stored_readings.h>
-#include <gateway/service/data/value_store.h>
+#include <gateway/service/data/profile/profile_query.h>
+#include <gateway/service/data/profile/profile_store.h>
+#include <gateway/service/data/query/meter_selection.h>
+#include <gateway/service/data/query/stored_readings.h>
+#include <gateway/service/data/storage/event_store.h>
+#include <gateway/service/data/storage/reading_query.h>
+#include <gateway/service/data/storage/reading_store.h>
+#include <gateway/service/data/storage/value_store.h>
 
 namespace tav::data {
 

@@ -6,7 +6,7 @@
 
 #include <iterator>
 
-#include <gateway/service/data/decimal_code.h>
+#include <gateway/service/data/storage/decimal_code.h>
 
 namespace tav::data {
 

@@ -69,7 +69,7 @@ void cInterfaceFollower::TakeNotification(const vorn::cMsg& msg) {
     vorn::Trace(DriverUnit(), kFailure, notification.m_command, ": ", fault);
     answer.Record().AppendTextPar(db_ctrl::kReason, fault);
   }
-  if (const auto channel = msg.GetReplyChannel()) channel->Send(answer);
+  if (const auto& channel = msg.GetReplyChannel()) channel->Send(answer);
 }
 
 }  // namespace tav

@@ -80,9 +80,9 @@ std::string cEhzDriver::Summary() const {
 
 void cEhzDriver::OnInterfaces(const std::vector<cInterfaceRecord>& interfaces) {
   std::vector<std::string> gone;
-  for (const auto& [name, open] : m_interfaces)
-    if (std::none_of(interfaces.begin(), interfaces.end(), [&](const auto& known) { return known.name == name; }))
-      gone.push_back(name);
+  for (const auto& open : m_interfaces)
+    if (std::none_of(interfaces.begin(), interfaces.end(), [&](const auto& known) { return known.name == open.first; }))
+      gone.push_back(open.first);
   for (const std::string& name : gone) Close(name);
   for (const cInterfaceRecord& interface : interfaces) OnInterfaceChanged(interface);
 }
@@ -168,10 +168,8 @@ void cEhzDriver::OnHeld() {
 }
 
 void cEhzDriver::OnFailed(const std::string& why) {
-  if (m_options.configured)
-    vorn::Trace(DriverUnit(), 2, why);
-  else if (std::exchange(m_exitCode, eExitInput) != eExitInput)
-    vorn::Trace(DriverUnit(), 2, why);
+  const bool said = !m_options.configured && std::exchange(m_exitCode, eExitInput) == eExitInput;
+  if (!said) vorn::Trace(DriverUnit(), 2, why);
 }
 
 // ---- the end

@@ -3,35 +3,9 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
-#include <ctime>
-#include <optional>
+#include <tests/support/time_zone.h>
 
 using vorn::cTime;
-
-namespace {
-
-// The time zone of the process, put back at the end.
-class cTimeZone {
- public:
-  explicit cTimeZone(const char* zone) {
-    if (const char* before = std::getenv("TZ")) m_before = before;
-    setenv("TZ", zone, 1);
-    tzset();
-  }
-  ~cTimeZone() {
-    if (m_before)
-      setenv("TZ", m_before->c_str(), 1);
-    else
-      unsetenv("TZ");
-    tzset();
-  }
-
- private:
-  std::optional<std::string> m_before;
-};
-
-}  // namespace
 
 TEST(Time, StartsAtTheEpoch) {
   EXPECT_EQ(cTime().GetSeconds(), 0u);

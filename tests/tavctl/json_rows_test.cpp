@@ -6,7 +6,7 @@
 #include <nlohmann/json.hpp>
 #include <sstream>
 
-#include <tests/tavctl/time_zone.h>
+#include <tests/support/time_zone.h>
 
 namespace tav::ctl {
 namespace {

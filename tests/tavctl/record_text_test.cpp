@@ -5,7 +5,7 @@
 
 #include <nlohmann/json.hpp>
 
-#include <tests/tavctl/time_zone.h>
+#include <tests/support/time_zone.h>
 
 namespace tav::ctl {
 namespace {

@@ -17,7 +17,7 @@
 #include <tests/service/data/store_fixture.h>
 #include <tests/support/scm_world.h>
 #include <tests/support/temp_folder.h>
-#include <tests/tavctl/time_zone.h>
+#include <tests/support/time_zone.h>
 
 namespace tav::ctl {
 

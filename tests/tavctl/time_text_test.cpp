@@ -4,7 +4,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <tests/tavctl/time_zone.h>
+#include <tests/support/time_zone.h>
 
 namespace tav::ctl {
 namespace {

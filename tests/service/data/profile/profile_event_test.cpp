@@ -9,7 +9,7 @@
 #include <vector>
 
 #include <tav/framework/time.h>
-#include <tests/service/data/time_zone.h>
+#include <tests/support/time_zone.h>
 
 namespace tav::data {
 namespace {

@@ -15,9 +15,9 @@
 #include <tav/service/db_ctrl_protocol.h>
 #include <tav/service/db_ctrl_request.h>
 #include <tests/service/data/store_fixture.h>
-#include <tests/service/data/time_zone.h>
 #include <tests/support/captured_trace.h>
 #include <tests/support/scm_world.h>
+#include <tests/support/time_zone.h>
 
 namespace tav::data {
 

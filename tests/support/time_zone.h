@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// cTimeZone: the process lives in another time zone while the object does.
+// cTimeZone: another time zone for the process while the object lives; by itself that of Central Europe.
 #pragma once
 
 #include <cstdlib>
@@ -9,7 +9,7 @@
 
 class cTimeZone {
  public:
-  explicit cTimeZone(const std::string& name) {
+  explicit cTimeZone(const std::string& name = "CET-1CEST,M3.5.0,M10.5.0/3") {
     if (const char* before = std::getenv("TZ")) m_before = before;
     setenv("TZ", name.c_str(), 1);
     tzset();

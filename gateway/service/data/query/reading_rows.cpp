@@ -37,7 +37,7 @@ bool cReadingRows::Fetch(cTables& tables, cResultPage& page) {
 }
 
 vorn::cData TakeRaw(cMeterRecord& reading) {
-  const vorn::cData raw = reading.GetRaw();
+  vorn::cData raw = reading.GetRaw();
   reading.SetRaw(vorn::cData());
   return raw;
 }

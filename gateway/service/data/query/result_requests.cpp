@@ -154,7 +154,8 @@ bool cResultRequests::Select(const cMsg& request, Make make, cResultTable::cHeld
 }
 
 std::unique_ptr<cResult> cResultRequests::MakeStored(cTables& tables, const cDbCtrlRequest& asked,
-                                                     cStoredSelection selection, std::string& reason) {
+                                                     cStoredSelection selection,  // NOLINT: as all of them take it
+                                                     std::string& reason) {
   if (asked.m_mode == kReadings) {
     if (RefusesProfile(asked, "readings", reason)) return nullptr;
     return std::make_unique<cReadingRows>(selection);
@@ -202,7 +203,7 @@ std::unique_ptr<cResult> cResultRequests::MakeStatus(cTables&, const cDbCtrlRequ
 cFault cResultRequests::TakePage(cResultTable::cHeld& held, std::string_view name, unsigned int rows, cRecord& answer,
                                  bool& end) {
   cResultPage page(answer, name, std::min({rows, held.left, cResultPage::kMaxRows}));
-  const cFault fault = m_read([&](cTables& tables) { end = held.result->Fetch(tables, page); });
+  cFault fault = m_read([&](cTables& tables) { end = held.result->Fetch(tables, page); });
   held.left -= page.GetCount();
   end = end || held.left == 0;
   return fault;

@@ -77,7 +77,7 @@ std::vector<cInterfaceRecord> cGatewayConfig::GetInterfaces(const std::string& n
 
 // By identifier, or when nobody has that, by address.
 std::vector<cMeterConfig> cGatewayConfig::GetMeters(const std::string& which) {
-  const auto all = RecordsOf<cMeterConfig>(m_link.Ask(db_ctrl::eGetMeter, {}), db_ctrl::kMeterConfigRecord);
+  auto all = RecordsOf<cMeterConfig>(m_link.Ask(db_ctrl::eGetMeter, {}), db_ctrl::kMeterConfigRecord);
   if (which.empty()) return all;
   std::vector<cMeterConfig> found;
   for (std::string cMeterConfig::*by : {&cMeterConfig::meterID, &cMeterConfig::addr})

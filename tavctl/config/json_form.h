@@ -23,6 +23,12 @@ struct cFault {
 };
 using Faults = std::vector<cFault>;
 
+// The place of a member: "meters[2]" and "medium" give "meters[2].medium".
+inline std::string Below(std::string place, std::string_view name) {
+  if (!place.empty()) place += '.';
+  return place += name;
+}
+
 inline std::string Shown(const cJson& json) { return json.dump(-1, ' ', false, cJson::error_handler_t::replace); }
 
 // The JSON form of a value of a field, and back; false and what was expected when it does not fit.
@@ -58,14 +64,14 @@ void FromJson(const cJson& object, std::span<const cField<Record>> fields, Recor
     faults.push_back({place, "expected fields, found " + Shown(object)});
     return;
   }
-  for (const auto& [name, value] : object.items()) {
-    if (std::find(others.begin(), others.end(), name) != others.end()) continue;
-    const cField<Record>* const field = FindField(fields, name);
+  for (auto item = object.begin(); item != object.end(); ++item) {
+    if (std::find(others.begin(), others.end(), item.key()) != others.end()) continue;
+    const cField<Record>* const field = FindField(fields, item.key());
     std::string expected;
     if (field == nullptr)
-      faults.push_back({place + "." + name, "there is no such field; there are " + FieldNames(fields)});
-    else if (!std::visit([&](auto member) { return TakeJson(value, record.*member, expected); }, field->member))
-      faults.push_back({place + "." + name, "expected " + expected + ", found " + Shown(value)});
+      faults.push_back({Below(place, item.key()), "there is no such field; there are " + FieldNames(fields)});
+    else if (!std::visit([&](auto member) { return TakeJson(*item, record.*member, expected); }, field->member))
+      faults.push_back({Below(place, item.key()), "expected " + expected + ", found " + Shown(*item)});
   }
 }
 

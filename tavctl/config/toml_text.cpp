@@ -30,7 +30,7 @@ void Write(const cJson& table, const std::string& path, std::string& text) {
   for (const auto& [name, value] : table.items())
     if (!IsTable(value) && !IsTables(value) && !value.is_array()) text += name + " = " + SimpleValue(value) + "\n";
   for (const auto& [name, value] : table.items()) {
-    const std::string below = path.empty() ? name : path + "." + name;
+    const std::string below = Below(path, name);
     if (IsTable(value)) {
       text += "\n[" + below + "]\n";
       Write(value, below, text);
@@ -49,7 +49,7 @@ cJson Converted(const toml::node& node, const std::string& place, Lines& lines) 
     cJson object = cJson::object();
     for (const auto& [key, value] : *table) {
       const std::string name(key.str());
-      object[name] = Converted(value, place.empty() ? name : place + "." + name, lines);
+      object[name] = Converted(value, Below(place, name), lines);
     }
     return object;
   }

@@ -41,14 +41,13 @@ vorn::cRecord cInterfaceRecord::ToRecord() const {
 bool cInterfaceRecord::FromRecord(const vorn::cRecord& rec) {
   Init();
   if (rec.IsEmpty() || !ReadConfigVersion(rec, "InterfaceRecord", version, error)) return false;
-  const vorn::cRecordPar namePar = rec.GetPar("name");
-  if (!IsFilled(namePar, vorn::eParText)) {
+  std::string text;
+  if (!TakeText(rec, "name", text)) {
     error = "missing interface name";
     return valid;
   }
-  SetName(namePar.GetText());
-  const vorn::cRecordPar optionsPar = rec.GetPar("options");
-  if (IsFilled(optionsPar, vorn::eParText)) SetOptions(optionsPar.GetText());
+  SetName(text);
+  if (TakeText(rec, "options", text)) SetOptions(text);
   enabled = rec.GetBoolPar("enabled");
   ReadMeters(rec);
   return valid;

@@ -8,17 +8,6 @@
 
 namespace tav {
 
-namespace {
-
-bool TakeText(const vorn::cRecord& rec, const char* name, std::string& to) {
-  const vorn::cRecordPar par = rec.GetPar(name);
-  if (!IsFilled(par, vorn::eParText)) return false;
-  to = par.GetText();
-  return true;
-}
-
-}  // namespace
-
 cPushTarget& cPushTarget::operator=(const cPushTarget& other) {
   idx = other.idx;
   enabled = other.enabled;

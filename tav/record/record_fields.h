@@ -31,6 +31,14 @@ inline bool IsFilled(const vorn::cRecordPar& par, vorn::eParType type) {
   return par.GetType() == type && !par.IsEmpty();
 }
 
+// Takes a text that is there and not empty. False when there is none; then what was is left alone.
+inline bool TakeText(const vorn::cRecord& rec, std::string_view name, std::string& to) {
+  const vorn::cRecordPar par = rec.GetPar(name);
+  if (!IsFilled(par, vorn::eParText)) return false;
+  to = par.GetText();
+  return true;
+}
+
 // What is wrong with a parameter that has to be there with a value of a type; empty when nothing is.
 inline std::string ParFault(const vorn::cRecordPar& par, vorn::eParType type, const char* name) {
   if (!par.IsValid()) return std::string(name) + " invalid";

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <tav/service/db_ctrl_io.h>
 
+#include <tav/record/record_fields.h>
 #include <tav/service/db_ctrl_protocol.h>
 #include <tav/unit_tav.h>
 
@@ -21,8 +22,6 @@ vorn::cMsg StoreMessage() {
 }
 
 std::string Reason(const vorn::cMsg& msg) { return msg.Record().GetPar(db_ctrl::kReason).GetText(); }
-
-bool IsFilledText(const vorn::cRecordPar& par) { return par.IsText() && !par.IsEmpty(); }
 
 }  // namespace
 
@@ -160,9 +159,9 @@ void cDbCtrlIO::SetStore(const vorn::cMsg& msg) {
   vorn::cRecord entry;
   for (vorn::cRecordPar par = msg.Record().GetPar(db_ctrl::kStoreValue); par.IsValid(); par = par.NextSame()) {
     if (par.IsEmpty() || !par.GetRecord(entry)) continue;
-    const vorn::cRecordPar key = entry.GetPar(db_ctrl::kKey);
-    const vorn::cRecordPar value = entry.GetPar(db_ctrl::kValue);
-    if (IsFilledText(key) && IsFilledText(value)) m_store.Set(key.GetText(), value.GetText());
+    std::string key;
+    std::string value;
+    if (TakeText(entry, db_ctrl::kKey, key) && TakeText(entry, db_ctrl::kValue, value)) m_store.Set(key, value);
   }
 }
 

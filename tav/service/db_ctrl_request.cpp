@@ -15,12 +15,7 @@ unsigned int Number(const std::string& text, unsigned int whenEmpty) {
   return static_cast<unsigned int>(std::clamp(std::strtoll(text.c_str(), nullptr, 10), 0LL, 0xFFFFFFFFLL));
 }
 
-// Each leaves its field alone when the parameter is not there with a value of its type.
-void TakeText(const vorn::cRecord& rec, const char* name, std::string& to) {
-  const vorn::cRecordPar par = rec.GetPar(name);
-  if (IsFilled(par, vorn::eParText)) to = par.GetText();
-}
-
+// Leaves the field alone when the parameter is not there with a value of its type, as TakeText does.
 void TakeUInt(const vorn::cRecord& rec, const char* name, unsigned int& to) {
   const vorn::cRecordPar par = rec.GetPar(name);
   if (IsFilled(par, vorn::eParUInt)) to = par.GetUInt();

@@ -197,15 +197,6 @@ void cRecord::AppendRecordPar(std::string_view name, const cRecord& value) {
 
 // Out of the way of the appenders: a first buffer, a larger one, or one of its own.
 bool cRecord::MakeRoom(std::string_view name, std::size_t need) {
-  if (m_buffer == nullptr && name.size() <= detail::kMaxParName &&
-      (m_buffer = detail::NewBuffer(need + 1)) != nullptr) {
-    m_room = m_buffer->capacity;
-    return true;
-  }
-  return MakeMoreRoom(name, need);
-}
-
-bool cRecord::MakeMoreRoom(std::string_view name, std::size_t need) {
   if (name.size() > detail::kMaxParName) {
     Trace(FrameworkUnit(), 2, "record: parameter '", name.substr(0, 40),
           "...' not appended, its name is longer than 255 bytes");

@@ -352,7 +352,6 @@ class VORN_API cRecord {
     m_cursor = 0;
   }
   bool MakeRoom(std::string_view name, std::size_t need);
-  bool MakeMoreRoom(std::string_view name, std::size_t need);
   [[gnu::always_inline]] void AppendNumber(std::string_view name, eParType type, unsigned char major,
                                            std::uint64_t value) {
     if (unsigned char* to = Begin(name, type, 9)) End(detail::WriteHead(to, major, value));

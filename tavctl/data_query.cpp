@@ -22,18 +22,13 @@ vorn::cRecord PageRequest(const vorn::cRecord& request, std::uint64_t rows, cons
 cDataQuery::cDataQuery(cContext& context) : m_link(context, db_ctrl::kProtocol) {}
 
 cDataQuery::cOutcome cDataQuery::List(unsigned int type, const vorn::cRecord& request, std::uint64_t limit,
-                                      const std::function<void(const vorn::cRecord& row)>& onRow) {
+                                      const OnRow& onRow) {
   cOutcome outcome;
   vorn::cData after;
   for (;;) {
     const std::uint64_t left = limit == 0 ? kPageRows : std::min<std::uint64_t>(limit - outcome.rows, kPageRows);
     const vorn::cRecord page = m_link.Ask(type, PageRequest(request, left, after));
-    vorn::cRecord row;
-    for (vorn::cRecordPar at = page.GetPar(db_ctrl::kRow); at.GetRecord(row); at = at.NextSame()) {
-      if (limit != 0 && outcome.rows == limit) return {outcome.rows, true};
-      onRow(row);
-      ++outcome.rows;
-    }
+    if (!TakeRows(page, db_ctrl::kRow, limit, outcome, onRow)) return outcome;
     const vorn::cData next = page.GetDataPar(db_ctrl::kNext);
     outcome.more = limit != 0 && outcome.rows == limit && !next.IsEmpty();
     if (next.IsEmpty() || outcome.more) return outcome;
@@ -59,8 +54,8 @@ void cDataQuery::FetchAll(unsigned int type, const vorn::cUuid& handle, std::uin
                           const OnRow& onRow) {
   vorn::cRecord request;
   request.AppendUuidPar(db_ctrl::kHandle, handle);
+  request.AppendUIntPar(db_ctrl::kCount, kPageRows);
   for (;;) {
-    request.SetUIntPar(db_ctrl::kCount, kPageRows);
     const vorn::cRecord page = m_link.Ask(type, request);
     const bool all = TakeRows(page, db_ctrl::kRow, limit, outcome, onRow);
     if (all && page.GetBoolPar(db_ctrl::kEnd)) return;

@@ -18,24 +18,20 @@ class cDataQuery {
     std::uint64_t rows = 0;
     bool more = false;  // the limit ended the list, not the service
   };
+  using OnRow = std::function<void(const vorn::cRecord& row)>;
 
   // Throws a cFailure when the service cannot be reached.
   explicit cDataQuery(cContext& context);
 
   // The rows that a request of the protocol lists, at most so many (0: all). Throws a cFailure.
-  cOutcome List(unsigned int type, const vorn::cRecord& request, std::uint64_t limit,
-                const std::function<void(const vorn::cRecord& row)>& onRow);
+  cOutcome List(unsigned int type, const vorn::cRecord& request, std::uint64_t limit, const OnRow& onRow);
   // The rows that a request selects from what is stored, at most so many (0: all). Throws a cFailure.
-  cOutcome Select(unsigned int type, cDbCtrlRequest request, std::uint64_t limit,
-                  const std::function<void(const vorn::cRecord& row)>& onRow);
+  cOutcome Select(unsigned int type, cDbCtrlRequest request, std::uint64_t limit, const OnRow& onRow);
   // The rows of a statement, its columns told before them. The service ends it when there are more rows than it gives.
-  cOutcome Execute(const std::string& statement, unsigned int options, std::uint64_t limit,
-                   const std::function<void(const vorn::cRecord& result)>& onResult,
-                   const std::function<void(const vorn::cRecord& row)>& onRow);
+  cOutcome Execute(const std::string& statement, unsigned int options, std::uint64_t limit, const OnRow& onResult,
+                   const OnRow& onRow);
 
  private:
-  using OnRow = std::function<void(const vorn::cRecord& row)>;
-
   bool TakeRows(const vorn::cRecord& answer, std::string_view key, std::uint64_t limit, cOutcome& outcome,
                 const OnRow& onRow);
   void FetchAll(unsigned int type, const vorn::cUuid& handle, std::uint64_t limit, cOutcome& outcome,

@@ -18,11 +18,6 @@ constexpr const char* kCollectors = "collectors";
 constexpr const char* kMeterConfig = "meter-config";
 constexpr const char* kPushConfig = "push-config";
 
-template <typename Record, std::size_t N>
-cJson FieldsOf(const Record& record, const cField<Record> (&fields)[N], eSecrets secrets) {
-  return ToJson(record, std::span<const cField<Record>>(fields), secrets);
-}
-
 // ---- out
 
 template <typename Things, typename Convert>
@@ -35,10 +30,10 @@ cJson ListOf(const Things& things, const Convert& convert) {
 cJson ToDocument(const cConfigDocument& config, eSecrets secrets) {
   cJson document = cJson::object();
   document[kInterfaces] =
-      ListOf(config.interfaces, [&](const auto& each) { return FieldsOf(each, kInterfaceFields, secrets); });
+      ListOf(config.interfaces, [&](const auto& each) { return ToJson(each, kInterfaceFields, secrets); });
   document[kMeters] = ListOf(config.meters, [&](const auto& each) { return MeterToJson(each, secrets); });
   document[kPushTargets] =
-      ListOf(config.pushTargets, [&](const auto& each) { return FieldsOf(each, kPushTargetFields, secrets); });
+      ListOf(config.pushTargets, [&](const auto& each) { return ToJson(each, kPushTargetFields, secrets); });
   document[kTemplates] = ListOf(config.templates, [&](const auto& each) { return TemplateToJson(each, secrets); });
   return document;
 }
@@ -55,7 +50,7 @@ class cDocumentReader {
   void List(const cJson& of, const std::string& place, const char* name, const Take& take) {
     const auto found = of.find(name);
     if (found == of.end()) return;
-    const std::string at = place.empty() ? name : place + "." + name;
+    const std::string at = Below(place, name);
     if (!found->is_array()) return m_faults.push_back({at, "expected a list"});
     for (std::size_t i = 0; i < found->size(); ++i) take((*found)[i], at + "[" + std::to_string(i) + "]");
   }
@@ -81,11 +76,11 @@ class cDocumentReader {
   void Template(const cJson& item, cMeterTemplate& meterTemplate, const std::string& place) {
     Fields(item, kTemplateFields, meterTemplate, place, {kMeterConfig, kPushConfig});
     if (!item.is_object()) return;
-    if (item.contains(kMeterConfig)) Meter(item[kMeterConfig], meterTemplate.meterConfig, place + "." + kMeterConfig);
+    if (item.contains(kMeterConfig)) Meter(item[kMeterConfig], meterTemplate.meterConfig, Below(place, kMeterConfig));
     if (item.contains(kPushConfig))
-      Fields(item[kPushConfig], kPushTargetFields, meterTemplate.pushConfig, place + "." + kPushConfig);
+      Fields(item[kPushConfig], kPushTargetFields, meterTemplate.pushConfig, Below(place, kPushConfig));
     const std::string fault = PushConfigFault(meterTemplate);
-    if (!fault.empty()) m_faults.push_back({place + "." + kPushConfig, fault});
+    if (!fault.empty()) m_faults.push_back({Below(place, kPushConfig), fault});
   }
 
  private:
@@ -190,16 +185,16 @@ std::string LineOf(std::string place, const Lines& lines) {
 }  // namespace
 
 cJson MeterToJson(const cMeterConfig& meter, eSecrets secrets) {
-  cJson object = FieldsOf(meter, kMeterFields, secrets);
+  cJson object = ToJson(meter, kMeterFields, secrets);
   object[kCollectors] =
-      ListOf(meter.collectors, [&](const auto& each) { return FieldsOf(each, kCollectorFields, secrets); });
+      ListOf(meter.collectors, [&](const auto& each) { return ToJson(each, kCollectorFields, secrets); });
   return object;
 }
 
 cJson TemplateToJson(const cMeterTemplate& meterTemplate, eSecrets secrets) {
-  cJson object = FieldsOf(meterTemplate, kTemplateFields, secrets);
+  cJson object = ToJson(meterTemplate, kTemplateFields, secrets);
   object[kMeterConfig] = MeterToJson(meterTemplate.meterConfig, secrets);
-  object[kPushConfig] = FieldsOf(meterTemplate.pushConfig, kPushTargetFields, secrets);
+  object[kPushConfig] = ToJson(meterTemplate.pushConfig, kPushTargetFields, secrets);
   return object;
 }
 

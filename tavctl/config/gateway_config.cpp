@@ -38,12 +38,6 @@ std::vector<std::string> RemovedOf(const vorn::cRecord& answer) {
   return removed;
 }
 
-vorn::cRecord Named(const std::string& name) {
-  vorn::cRecord request;
-  if (!name.empty()) request.AppendTextPar(db_ctrl::kName, name);
-  return request;
-}
-
 vorn::cRecord Numbered(unsigned long long idx, const std::string& name) {
   vorn::cRecord request;
   request.AppendUInt64Par(db_ctrl::kIdx, idx);
@@ -135,7 +129,9 @@ unsigned long long cGatewayConfig::Set(const cMeterTemplate& meterTemplate) {
 }
 
 std::vector<std::string> cGatewayConfig::DeleteInterface(const std::string& name) {
-  return RemovedOf(m_link.Ask(db_ctrl::eDeleteInterface, Named(name)));
+  vorn::cRecord request;
+  AppendText(request, db_ctrl::kName, name);
+  return RemovedOf(m_link.Ask(db_ctrl::eDeleteInterface, request));
 }
 
 std::vector<std::string> cGatewayConfig::DeleteMeter(const cMeterConfig& meter) {

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include <tavctl/config/fields.h>
+#include <tavctl/json_rows.h>
 
 namespace tav::ctl {
 
@@ -29,8 +30,6 @@ inline std::string Below(std::string place, std::string_view name) {
   return place += name;
 }
 
-inline std::string Shown(const cJson& json) { return json.dump(-1, ' ', false, cJson::error_handler_t::replace); }
-
 // The JSON form of a value of a field, and back; false and what was expected when it does not fit.
 template <typename Value>
 bool TakeJson(const cJson& json, Value& value, std::string& expected) {
@@ -47,8 +46,8 @@ bool TakeJson(const cJson& json, Value& value, std::string& expected) {
   }
 }
 
-template <typename Record>
-cJson ToJson(const Record& record, std::span<const cField<Record>> fields, eSecrets secrets) {
+template <typename Record, std::size_t N>
+cJson ToJson(const Record& record, const cField<Record> (&fields)[N], eSecrets secrets) {
   cJson object = cJson::object();
   for (const cField<Record>& field : fields)
     if (!field.secret || secrets == eSecrets::Show)
@@ -61,7 +60,7 @@ template <typename Record>
 void FromJson(const cJson& object, std::span<const cField<Record>> fields, Record& record, const std::string& place,
               Faults& faults, std::initializer_list<std::string_view> others = {}) {
   if (!object.is_object()) {
-    faults.push_back({place, "expected fields, found " + Shown(object)});
+    faults.push_back({place, "expected fields, found " + ToLine(object)});
     return;
   }
   for (auto item = object.begin(); item != object.end(); ++item) {
@@ -71,7 +70,7 @@ void FromJson(const cJson& object, std::span<const cField<Record>> fields, Recor
     if (field == nullptr)
       faults.push_back({Below(place, item.key()), "there is no such field; there are " + FieldNames(fields)});
     else if (!std::visit([&](auto member) { return TakeJson(*item, record.*member, expected); }, field->member))
-      faults.push_back({Below(place, item.key()), "expected " + expected + ", found " + Shown(*item)});
+      faults.push_back({Below(place, item.key()), "expected " + expected + ", found " + ToLine(*item)});
   }
 }
 

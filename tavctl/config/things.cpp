@@ -4,6 +4,7 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <filesystem>
+#include <optional>
 
 #include <tavctl/failure.h>
 #include <tavctl/options.h>
@@ -13,26 +14,15 @@ namespace tav::ctl {
 
 namespace {
 
-template <typename Record, std::size_t N>
-cJson JsonOf(const Record& record, const cField<Record> (&fields)[N], eSecrets secrets) {
-  return ToJson(record, std::span<const cField<Record>>(fields), secrets);
-}
-
-template <typename Record>
-[[noreturn]] void RefuseSeveral(const char* what, const std::string& name, const std::vector<Record>& found) {
+// The one of that identifier or address, if there is one; several are refused.
+std::optional<cMeterConfig> FindMeter(cGatewayConfig& config, const std::string& name) {
+  const std::vector<cMeterConfig> found = config.GetMeters(name);
+  if (found.empty()) return std::nullopt;
+  if (found.size() == 1) return found.front();
   std::string names;
   for (const cMeterConfig& meter : found)
     names += (names.empty() ? "" : ", ") + meter.meterID + " (medium " + meter.medium + ", maker " + meter.mfct + ")";
-  throw cFailure(eExitNegative, "several " + std::string(what) + " are called '" + name + "': " + names);
-}
-
-// The one of that address or identifier; none: a new one with that identifier.
-cMeterConfig MeterToChange(cGatewayConfig& config, const std::string& name) {
-  const std::vector<cMeterConfig> found = config.GetMeters(name);
-  if (found.size() > 1) RefuseSeveral("meters", name, found);
-  cMeterConfig meter;
-  if (found.empty()) meter.meterID = name;
-  return found.empty() ? meter : found.front();
+  throw cFailure(eExitNegative, "several meters are called '" + name + "': " + names);
 }
 
 constexpr cColumn kInterfaceColumns[] = {{"name", "NAME"}, {"enabled", "ENABLED"}, {"options", "OPTIONS"}};
@@ -68,7 +58,7 @@ Columns cInterfaceCommand::GetColumns() const { return kInterfaceColumns; }
 
 std::vector<cJson> cInterfaceCommand::Find(cGatewayConfig& config, const std::string& name, eSecrets secrets) {
   std::vector<cJson> found;
-  for (const auto& each : config.GetInterfaces(name)) found.push_back(JsonOf(each, kInterfaceFields, secrets));
+  for (const auto& each : config.GetInterfaces(name)) found.push_back(ToJson(each, kInterfaceFields, secrets));
   return found;
 }
 
@@ -98,16 +88,20 @@ std::vector<cJson> cMeterCommand::Find(cGatewayConfig& config, const std::string
 }
 
 void cMeterCommand::Set(cGatewayConfig& config, const std::string& name, const std::vector<cAssignment>& fields) {
-  cMeterConfig meter = MeterToChange(config, name);
+  const auto found = FindMeter(config, name);
+  cMeterConfig meter;
+  if (found)
+    meter = *found;
+  else
+    meter.meterID = name;
   for (const cAssignment& field : fields) Assign(meter, kMeterFields, field);
   config.Set(meter);
 }
 
 std::vector<std::string> cMeterCommand::Delete(cGatewayConfig& config, const std::string& name) {
-  const auto found = config.GetMeters(name);
-  if (found.empty()) RefuseUnknown(name);
-  if (found.size() > 1) RefuseSeveral("meters", name, found);
-  return config.DeleteMeter(found.front());
+  const auto found = FindMeter(config, name);
+  if (!found) RefuseUnknown(name);
+  return config.DeleteMeter(*found);
 }
 
 // ---- collectors
@@ -128,10 +122,9 @@ auto FindCollector(cMeterConfig& meter, const std::string& addr) {
 }
 
 cMeterConfig KnownMeter(cGatewayConfig& config, const std::string& name) {
-  const auto found = config.GetMeters(name);
-  if (found.empty()) throw cFailure(eExitNegative, "there is no meter '" + name + "'; see tavctl meter list");
-  if (found.size() > 1) RefuseSeveral("meters", name, found);
-  return found.front();
+  const auto found = FindMeter(config, name);
+  if (!found) throw cFailure(eExitNegative, "there is no meter '" + name + "'; see tavctl meter list");
+  return *found;
 }
 
 }  // namespace
@@ -149,7 +142,7 @@ std::vector<cJson> cCollectorCommand::Find(cGatewayConfig& config, const std::st
     for (const cCollectorConfig& each : meter.collectors) {
       if (!addr.empty() && each.addr != addr) continue;
       cJson object = cJson::object({{"meterID", meter.meterID}});
-      object.update(JsonOf(each, kCollectorFields, secrets));
+      object.update(ToJson(each, kCollectorFields, secrets));
       found.push_back(object);
     }
   return found;
@@ -188,7 +181,7 @@ Columns cPushTargetCommand::GetColumns() const { return kPushTargetColumns; }
 
 std::vector<cJson> cPushTargetCommand::Find(cGatewayConfig& config, const std::string& name, eSecrets secrets) {
   std::vector<cJson> found;
-  for (const auto& each : config.GetPushTargets(name)) found.push_back(JsonOf(each, kPushTargetFields, secrets));
+  for (const auto& each : config.GetPushTargets(name)) found.push_back(ToJson(each, kPushTargetFields, secrets));
   return found;
 }
 
@@ -318,8 +311,7 @@ void cTemplateCommand::Import(cContext& context, cGatewayConfig& config) {
   for (const std::string& name : m_files) {
     const std::filesystem::path file(name);
     cMeterTemplate& each = read.emplace_back();
-    const unsigned long long number = NumberOf(file);
-    each.id = number;
+    each.id = NumberOf(file);
     std::error_code ignored;
     if (!std::filesystem::is_regular_file(file, ignored)) throw cFailure(eExitFile, name + ": there is no such file");
     context.trouble.clear();

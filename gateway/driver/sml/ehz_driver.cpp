@@ -8,7 +8,6 @@
 #include <gateway/driver/sml/dlms_units.h>
 #include <gateway/driver/unit_driver.h>
 #include <tav/framework/helper.h>
-#include <tav/framework/time.h>
 
 namespace tav::sml {
 
@@ -139,13 +138,7 @@ void cEhzDriver::Close(const std::string& name) {
 
 void cEhzDriver::ReportRefused(const std::string& name, const std::string& reason) {
   vorn::Trace(DriverUnit(), 2, reason);
-  vorn::cRecord event;
-  event.AppendUIntPar("timestamp", vorn::cTime::Now().GetSeconds());
-  event.AppendTextPar("driver", kEhzDriver);
-  event.AppendTextPar("interface-name", name);
-  event.AppendTextPar("event", "interface refused");
-  event.AppendTextPar("reason", reason);
-  m_delivery.Report(event);
+  m_delivery.Report(MakeInterfaceEvent(name, "interface refused", reason));
 }
 
 // ---- what the interfaces ask and tell

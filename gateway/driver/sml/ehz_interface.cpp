@@ -13,8 +13,6 @@
 
 namespace tav::sml {
 
-const std::string kEhzDriver = "ehzif";
-
 namespace {
 
 const std::string kProtocol = "SML";
@@ -52,6 +50,16 @@ cEhzCounts& cEhzCounts::operator+=(const cEhzCounts& other) {
   frames.skippedBytes += other.frames.skippedBytes;
   faults += other.faults;
   return *this;
+}
+
+vorn::cRecord MakeInterfaceEvent(const std::string& interfaceName, const char* event, const std::string& reason) {
+  vorn::cRecord record;
+  record.AppendUIntPar("timestamp", vorn::cTime::Now().GetSeconds());
+  record.AppendTextPar("driver", kEhzDriver);
+  record.AppendTextPar("interface-name", interfaceName);
+  record.AppendTextPar("event", event);
+  if (!reason.empty()) record.AppendTextPar("reason", reason);
+  return record;
 }
 
 cEhzInterface::cEhzInterface(vorn::cService* service, cEhzSettings settings, const cMode& mode, cEhzOwner& owner,
@@ -167,13 +175,7 @@ void cEhzInterface::OnInputOpen() {
 }
 
 void cEhzInterface::ReportInput(const char* event, const std::string& reason) {
-  vorn::cRecord record;
-  record.AppendUIntPar("timestamp", vorn::cTime::Now().GetSeconds());
-  record.AppendTextPar("driver", kEhzDriver);
-  record.AppendTextPar("interface-name", m_settings.name);
-  record.AppendTextPar("event", event);
-  if (!reason.empty()) record.AppendTextPar("reason", reason);
-  m_owner.Report(record);
+  m_owner.Report(MakeInterfaceEvent(m_settings.name, event, reason));
 }
 
 void cEhzInterface::OnInputEnd(const std::string& why) {

@@ -19,8 +19,6 @@
 
 namespace tav::sml {
 
-extern const std::string kEhzDriver;  // the driver's name
-
 struct cEhzCounts {
   std::uint64_t filtered = 0;   // readings of which no value passed the rules, or of other meters
   std::uint64_t skipped = 0;    // readings between two storage times
@@ -32,6 +30,9 @@ struct cEhzCounts {
 };
 
 class cEhzInterface;
+
+// The record that tells the service what happened to an interface now; without a reason when that is empty.
+vorn::cRecord MakeInterfaceEvent(const std::string& interfaceName, const char* event, const std::string& reason);
 
 // What an interface asks of the driver it belongs to.
 class cEhzOwner {

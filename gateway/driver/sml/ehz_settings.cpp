@@ -9,9 +9,10 @@
 
 namespace tav::sml {
 
+const std::string kEhzDriver = "ehzif";
+
 namespace {
 
-constexpr std::string_view kDriver = "ehzif";
 constexpr const char* kSimulatedInterface = "SIM";
 constexpr const char* kSimulation = "sim";
 constexpr unsigned int kDay = 86400;
@@ -28,7 +29,7 @@ bool ReadNumber(const std::string& text, unsigned int least, unsigned int most, 
 template <typename Thing, typename Getter>
 class cOptionReader {
  public:
-  cOptionReader(Thing& thing, Getter getter, std::string what, std::string& error)
+  cOptionReader(const Thing& thing, Getter getter, std::string what, std::string& error)
       : m_thing(thing), m_getter(getter), m_what(std::move(what)), m_error(error) {}
 
   void Text(const char* key, std::string& text) { (m_thing.*m_getter)(key, text); }
@@ -42,7 +43,7 @@ class cOptionReader {
   }
 
  private:
-  Thing& m_thing;
+  const Thing& m_thing;
   Getter m_getter;
   std::string m_what;
   std::string& m_error;
@@ -69,7 +70,7 @@ void ReadInput(cInterfaceOptions& options, const std::string& text, cInputSpec& 
   if (input.kind == eInputKind::Serial && !CheckSerialSettings(input, fault)) options.Fault("baud' or 'framing", fault);
 }
 
-void ReadMeter(cMeterConfig meter, unsigned int intervalSeconds, cEhzSettings& settings, std::string& error) {
+void ReadMeter(const cMeterConfig& meter, unsigned int intervalSeconds, cEhzSettings& settings, std::string& error) {
   cEhzMeter& read = settings.meters[meter.meterID];
   if (!meter.medium.empty()) read.medium = meter.medium;
   read.raw = meter.storeRawEnabled;
@@ -110,8 +111,7 @@ bool ReadSettings(const cInterfaceRecord& record, cEhzSettings& settings, std::s
   settings = {};
   settings.name = record.name;
   settings.onlyNamed = true;
-  cInterfaceRecord interface = record;  // its getters are not const
-  cInterfaceOptions options(interface, &cInterfaceRecord::GetOption, "interface '" + record.name + "'", error);
+  cInterfaceOptions options(record, &cInterfaceRecord::GetOption, "interface '" + record.name + "'", error);
   std::string text = record.name == kSimulatedInterface ? kSimulation : "";
   unsigned int intervalSeconds = 0;
   options.Text("input", text);
@@ -122,13 +122,13 @@ bool ReadSettings(const cInterfaceRecord& record, cEhzSettings& settings, std::s
   else
     ReadInput(options, text, settings.input);
   for (const cMeterConfig& meter : record.meters)
-    if (meter.interfaceDriver == kDriver) ReadMeter(meter, intervalSeconds, settings, error);
+    if (meter.interfaceDriver == kEhzDriver) ReadMeter(meter, intervalSeconds, settings, error);
   return error.empty();
 }
 
 bool HasMeterOfOurs(const cInterfaceRecord& record) {
   return std::any_of(record.meters.begin(), record.meters.end(),
-                     [](const cMeterConfig& meter) { return meter.interfaceDriver == kDriver; });
+                     [](const cMeterConfig& meter) { return meter.interfaceDriver == kEhzDriver; });
 }
 
 }  // namespace tav::sml

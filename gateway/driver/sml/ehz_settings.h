@@ -14,6 +14,8 @@ namespace tav::sml {
 
 struct cEhzOptions;
 
+extern const std::string kEhzDriver;  // the driver's name
+
 struct cEhzMeter {
   std::string medium = "E";          // letter
   bool raw = false;                  // store the telegram's bytes with each reading

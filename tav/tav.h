@@ -13,6 +13,9 @@
 #include <tav/config/push_target.h>
 #include <tav/obis/obis_map.h>
 #include <tav/obis/obis_map_entry.h>
+#include <tav/obis/obis_protocol.h>
+#include <tav/obis/obis_proxy.h>
+#include <tav/protocol.h>
 #include <tav/record/measurement_entry.h>
 #include <tav/record/meter_record.h>
 #include <tav/record/meter_status.h>
@@ -21,4 +24,9 @@
 #include <tav/service/db_ctrl_io_driver_notify.h>
 #include <tav/service/db_ctrl_protocol.h>
 #include <tav/service/db_ctrl_request.h>
-#include <tav/service/protocol.h>
+#include <tav/service/device_protocol.h>
+#include <tav/service/gsm_io.h>
+#include <tav/service/status_protocol.h>
+#include <tav/service/status_proxy.h>
+#include <tav/service/tcm_io.h>
+#include <tav/service/ui_ctrl_io.h>

@@ -5,7 +5,7 @@
 #include <string>
 
 #include <tav/framework/msg.h>
-#include <tav/service/protocol.h>
+#include <tav/protocol.h>
 
 namespace tav::ctl {
 

@@ -4,7 +4,7 @@
 
 #include <string>
 
-#include <tav/service/protocol.h>
+#include <tav/protocol.h>
 
 namespace tav::ctl {
 

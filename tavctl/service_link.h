@@ -6,7 +6,7 @@
 #include <string>
 
 #include <tav/framework/scm_service_io.h>
-#include <tav/service/protocol.h>
+#include <tav/protocol.h>
 #include <tavctl/context.h>
 
 namespace tav::ctl {

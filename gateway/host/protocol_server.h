@@ -14,7 +14,7 @@
 
 #include <gateway/host/service_host.h>
 #include <tav/framework/scm_server.h>
-#include <tav/service/protocol.h>
+#include <tav/protocol.h>
 
 namespace tav::gateway {
 

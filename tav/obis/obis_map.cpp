@@ -67,8 +67,9 @@ bool cObisMap::Set(const cObisMapEntry& entry) {
   return Add(copy);
 }
 
-bool cObisMap::Remove(const cObisMapEntry& entry) {
-  const unsigned long long id = entry.GetID();
+bool cObisMap::Remove(const cObisMapEntry& entry) { return Remove(entry.GetID()); }
+
+bool cObisMap::Remove(unsigned long long id) {
   if (!m_entries.Contains(id)) return true;
   m_rows.erase(RowAt(id));
   m_entries.Remove(id);

@@ -31,6 +31,7 @@ class TAV_API cObisMap {
   bool Set(const cObisMapEntry& entry);
   // Removes the rule of that ID, nothing else of the entry is looked at; true whether or not there was one.
   bool Remove(const cObisMapEntry& entry);
+  bool Remove(unsigned long long id);
   void Clear();
 
   // A neutral F group of the request is dropped first. withoutChannel: channel and F group do not count. The copy bears

@@ -7,7 +7,7 @@
 // own protocols.
 #pragma once
 
-#include <tav/service/protocol.h>
+#include <tav/protocol.h>
 
 namespace tav::db_ctrl {
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include <tav/service/protocol.h>
+#include <tav/protocol.h>
 
 #include <gtest/gtest.h>
 

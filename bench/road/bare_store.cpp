@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <bench/road/bare_store.h>
 
-#include <gateway/service/data/schema.h>
+#include <gateway/database/schema.h>
 
 namespace tav::bench {
 

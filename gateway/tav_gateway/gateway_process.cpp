@@ -8,7 +8,6 @@
 #include <filesystem>
 
 #include <gateway/host/readiness.h>
-#include <gateway/service/data/data_server.h>
 #include <tav/framework/trace.h>
 #include <tav/framework/watch.h>
 
@@ -24,7 +23,8 @@ constexpr mode_t kPrivate = 027;
 void Complain(const std::string& text) { std::fprintf(stderr, "tav-gateway: %s\n", text.c_str()); }
 
 void SetTraceLevel(int level) {
-  for (const char* name : {"UnitTAV", "UnitVORN", "UnitGateway", "UnitData"}) vorn::cUnit::Find(name)->SetLevel(level);
+  for (const char* name : {"UnitTAV", "UnitVORN", "UnitGateway", "UnitData", "UnitObis", "UnitStatus", "UnitDevice"})
+    vorn::cUnit::Find(name)->SetLevel(level);
 }
 
 bool MakeDirectory(const fs::path& directory) {
@@ -35,23 +35,7 @@ bool MakeDirectory(const fs::path& directory) {
   return !error;
 }
 
-data::cDataOptions DataOptions(const cOptions& options) {
-  data::cDataOptions made;
-  made.file = options.GetDataFile();
-  made.durability = options.durability;
-  made.maxBytes = options.maxMegabytes << 20;
-  return made;
-}
-
 }  // namespace
-
-// In the order in which they are needed, so that they end the other way round.
-struct cGatewayProcess::cServices {
-  explicit cServices(const cOptions& options) : store(DataOptions(options)) {}
-
-  data::cDataStore store;
-  std::unique_ptr<data::cDataServer> data;
-};
 
 cGatewayProcess::cGatewayProcess(const cOptions& options) : m_options(options) {}
 
@@ -69,29 +53,43 @@ eExitCode cGatewayProcess::Run() {
   if (!NotifyManager("READY=1")) Complain("the service manager at NOTIFY_SOCKET cannot be told");
   m_host->Run();
   NotifyManager("STOPPING=1");
-  m_services.reset();
+  m_publish.reset();
+  m_publisher.reset();
+  while (!m_services.empty()) m_services.pop_back();
   return eExitDone;
 }
 
 eExitCode cGatewayProcess::Start() {
   if (!MakeDirectories()) return eExitStorage;
-  m_services = std::make_unique<cServices>(m_options);
-  return StartData();
+  m_publisher = std::make_unique<cStatusPublisher>(m_host.get());
+  for (const cServiceKind& kind : GetServiceKinds()) {
+    if (!m_options.service.empty() && m_options.service != kind.name) continue;
+    if (const eExitCode code = Start(kind); code != eExitDone) return code;
+  }
+  m_publish = std::make_unique<cTask>(m_host.get(), [this] { Publish(); });
+  m_publish->Post();
+  return eExitDone;
+}
+
+eExitCode cGatewayProcess::Start(const cServiceKind& kind) {
+  m_services.push_back(kind.make(m_host.get(), m_options));
+  cHostedService* const service = m_services.back().get();
+  std::string error;
+  const eExitCode code = service->Start(error);
+  if (code == eExitDone)
+    m_publisher->AddSource(kind.name, [service](cStatusValues& values) { service->Collect(values); });
+  else
+    Complain(error);
+  return code;
 }
 
 bool cGatewayProcess::MakeDirectories() {
   return MakeDirectory(m_host->GetDirectory()) && MakeDirectory(fs::path(m_options.GetDataFile()).parent_path());
 }
 
-eExitCode cGatewayProcess::StartData() {
-  if (const data::cFault fault = m_services->store.Open()) {
-    Complain(fault.text);
-    return eExitStorage;
-  }
-  m_services->data = std::make_unique<data::cDataServer>(m_host.get(), &m_services->store);
-  if (m_services->data->IsListening()) return eExitDone;
-  Complain(m_services->data->GetError());
-  return eExitSocket;
+void cGatewayProcess::Publish() {
+  m_publisher->Publish();
+  m_publish->Start(cStatusPublisher::kIntervalMs, cStatusPublisher::kSlackMs);
 }
 
 }  // namespace tav::gateway

@@ -1,15 +1,16 @@
 // SPDX-License-Identifier: Apache-2.0
 // cGatewayProcess: the services of one process, from start to end.
 //
-// Started in this order: directories, loop and signals, database, services; then the service manager is told. SIGTERM
-// and SIGINT end it: no new requests, what waits is committed and answered, the database is closed.
+// Started in this order: directories, loop and signals, services; then the service manager is told. SIGTERM and SIGINT
+// end it: no new requests, what waits is committed and answered, the database is closed.
 #pragma once
 
 #include <memory>
 
-#include <gateway/host/service_host.h>
-#include <gateway/tav_gateway/exit_code.h>
-#include <gateway/tav_gateway/options.h>
+#include <vector>
+
+#include <gateway/host/task.h>
+#include <gateway/tav_gateway/services.h>
 
 namespace tav::gateway {
 
@@ -24,15 +25,16 @@ class cGatewayProcess {
   eExitCode Run();
 
  private:
-  struct cServices;
-
   eExitCode Start();
-  eExitCode StartData();
+  eExitCode Start(const cServiceKind& kind);
   bool MakeDirectories();
+  void Publish();
 
   cOptions m_options;
   std::unique_ptr<cServiceHost> m_host;
-  std::unique_ptr<cServices> m_services;
+  std::vector<std::unique_ptr<cHostedService>> m_services;
+  std::unique_ptr<cStatusPublisher> m_publisher;
+  std::unique_ptr<cTask> m_publish;
 };
 
 }  // namespace tav::gateway

@@ -10,6 +10,7 @@
 
 #include <gateway/tav_gateway/config_file.h>
 #include <gateway/tav_gateway/exit_code.h>
+#include <gateway/tav_gateway/services.h>
 
 namespace tav::gateway {
 
@@ -17,6 +18,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
+constexpr const char* kAll = "run";
 constexpr const char* kConfigName = "tav-gateway.toml";
 constexpr const char* kSystemConfig = "/etc/tav/tav-gateway.toml";
 
@@ -58,9 +60,9 @@ std::string FindConfig(const cArguments& arguments) {
   return access(usual.c_str(), F_OK) == 0 ? usual : "";
 }
 
-cParsedOptions Complete(const cArguments& arguments, eCommand command) {
+cParsedOptions Complete(const cArguments& arguments, const std::string& service) {
   cOptions options;
-  options.command = command;
+  options.service = service;
   options.configFile = FindConfig(arguments);
   if (!options.configFile.empty())
     if (const std::string error = ReadConfigFile(options.configFile, options); !error.empty())
@@ -89,12 +91,13 @@ cParsedOptions ParseOptions(int argc, const char* const* argv) {
   CLI::App app("The reference gateway: services for meter drivers, pages and tools.", "tav-gateway");
   cArguments arguments;
   app.require_subcommand(1);
-  CLI::App* const run = app.add_subcommand("run", "Run all services in this process");
-  CLI::App* const data = app.add_subcommand("data", "Run the database control service alone");
-  for (CLI::App* command : {run, data}) AddOptions(*command, arguments);
+  AddOptions(*app.add_subcommand(kAll, "Run all services in this process"), arguments);
+  for (const cServiceKind& kind : GetServiceKinds())
+    AddOptions(*app.add_subcommand(kind.name, std::string("Run ") + kind.help + " alone"), arguments);
   try {
     app.parse(argc, argv);
-    return Complete(arguments, data->parsed() ? eCommand::Data : eCommand::Run);
+    const std::string command = app.get_subcommands().front()->get_name();
+    return Complete(arguments, command == kAll ? std::string() : command);
   } catch (const CLI::ParseError& error) {
     std::stringstream out;
     const bool asked = app.exit(error, out, out) == 0;

@@ -7,19 +7,14 @@
 #include <optional>
 #include <string>
 
-#include <gateway/service/data/data_store.h>
+#include <gateway/database/database.h>
 
 namespace tav::gateway {
 
 constexpr int kMaxTrace = 32;
 
-enum class eCommand {
-  Run,   // all services
-  Data,  // the database control service alone
-};
-
 struct cOptions {
-  eCommand command = eCommand::Run;
+  std::string service;              // the one to run; empty: all
   std::string dir;                  // of sockets and database; empty: each at its usual place
   std::string configFile;           // empty: none was there
   std::string dataFile = "tav.db";  // relative to the directory of the database

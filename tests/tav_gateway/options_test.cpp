@@ -41,7 +41,7 @@ class Options : public testing::Test {
 TEST_F(Options, WorkWithoutAnyWord) {
   const cParsedOptions parsed = Parse({"run"});
   ASSERT_TRUE(parsed.options) << parsed.text;
-  EXPECT_EQ(parsed.options->command, eCommand::Run);
+  EXPECT_EQ(parsed.options->service, "");
   EXPECT_EQ(parsed.options->durability, data::eDurability::Full);
   EXPECT_EQ(parsed.options->GetSocketDirectory(), "");
   EXPECT_THAT(parsed.options->GetDataFile(), HasSubstr("/tav/tav.db"));
@@ -50,7 +50,7 @@ TEST_F(Options, WorkWithoutAnyWord) {
 TEST_F(Options, KeepSocketsAndDatabaseUnderOneDirectory) {
   const cParsedOptions parsed = Parse({"data", "--dir", "/somewhere"});
   ASSERT_TRUE(parsed.options) << parsed.text;
-  EXPECT_EQ(parsed.options->command, eCommand::Data);
+  EXPECT_EQ(parsed.options->service, "data");
   EXPECT_EQ(parsed.options->GetSocketDirectory(), "/somewhere");
   EXPECT_EQ(parsed.options->GetDataFile(), "/somewhere/tav.db");
 }

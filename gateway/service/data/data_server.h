@@ -43,6 +43,7 @@ class cDataServer final : public gateway::cProtocolServer {
   // Who may write by SQL, and what a statement may cost, in place of what holds otherwise.
   void SetSqlPolicy(cSqlRequests::Policy policy) { m_sql.SetPolicy(std::move(policy)); }
   void SetSqlBounds(const cSqlBounds& bounds) { m_sql.SetBounds(bounds); }
+  std::size_t CountDrivers() const { return m_drivers.GetCount(); }
   // Results that clients hold.
   std::size_t CountResults() const { return m_results.GetCount(); }
   // Stores that are neither committed nor refused yet.

@@ -9,7 +9,7 @@
 #include <filesystem>
 #include <fstream>
 
-#include <gateway/service/data/schema.h>
+#include <gateway/database/schema.h>
 #include <tests/service/data/disk_sync.h>
 #include <tests/service/data/store_fixture.h>
 

@@ -3,7 +3,7 @@
 
 #include <SQLiteCpp/Database.h>
 
-#include <gateway/service/data/config/config_row.h>
+#include <gateway/database/statement.h>
 
 namespace tav::data {
 

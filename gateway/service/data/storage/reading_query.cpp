@@ -6,7 +6,7 @@
 #include <algorithm>
 #include <cstring>
 
-#include <gateway/service/data/storage/decimal_code.h>
+#include <gateway/database/decimal_code.h>
 
 namespace tav::data {
 

@@ -5,7 +5,7 @@
 
 #include <algorithm>
 
-#include <gateway/service/data/storage/decimal_code.h>
+#include <gateway/database/decimal_code.h>
 
 namespace tav::data {
 

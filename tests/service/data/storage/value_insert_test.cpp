@@ -7,7 +7,7 @@
 #include <random>
 #include <set>
 
-#include <gateway/service/data/schema.h>
+#include <gateway/database/schema.h>
 
 namespace tav::data {
 namespace {

@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
-#include <gateway/service/data/schema.h>
+#include <gateway/database/schema.h>
 
 #include <SQLiteCpp/Database.h>
 #include <SQLiteCpp/Transaction.h>
 
 #include <iterator>
 
-#include <gateway/service/data/storage/decimal_code.h>
+#include <gateway/database/decimal_code.h>
 
 namespace tav::data {
 
@@ -108,7 +108,37 @@ CREATE VIEW profile_values AS
     CROSS JOIN form f ON f.id=v.form;
 )";
 
-constexpr const char* kSteps[] = {kReadings, kSeries, kConfiguration, kProfiles};
+// The mapping rules, whose identifiers are unsigned, and the status values as they were last known. A setting is
+// something that a service has done once. Views begin with the meter: whoever asks for one does not walk through the
+// values of all.
+constexpr const char* kRulesAndStatus = R"(
+CREATE TABLE obis_rule(id INTEGER PRIMARY KEY, name TEXT NOT NULL CHECK(name<>''), obis TEXT NOT NULL CHECK(obis<>''),
+  map TEXT NOT NULL CHECK(map<>''));
+CREATE TABLE status_value(name TEXT PRIMARY KEY, value TEXT NOT NULL, process TEXT NOT NULL, pid INTEGER NOT NULL,
+  changed INTEGER NOT NULL) WITHOUT ROWID;
+CREATE TABLE setting(name TEXT PRIMARY KEY, value TEXT NOT NULL) WITHOUT ROWID;
+
+DROP VIEW readings;
+DROP VIEW reading_values;
+DROP VIEW last_values;
+CREATE VIEW readings AS
+  SELECT m.name AS meter, r.time, datetime(r.time, 'unixepoch') AS utc, r.seq, s.time_source, o.driver, o.addr,
+    o.manufactor, o.medium, s.status, r.rssi, r.osc, s.learning, s.event_raster, o.interface_name, o.interface_protocol,
+    o.interface_options, x.raw, ifnull(x.store_utc, 0) AS store_utc, ifnull(x.store_osc, 0) AS store_osc
+  FROM meter m CROSS JOIN reading r ON r.meter=m.id CROSS JOIN origin o ON o.id=r.origin CROSS JOIN state s ON s.id=r.state
+    LEFT JOIN reading_extra x ON x.meter=r.meter AND x.time=r.time AND x.seq=r.seq;
+CREATE VIEW reading_values AS
+  SELECT m.name AS meter, v.time, datetime(v.time, 'unixepoch') AS utc, o.name AS obis, $value AS value, f.unit,
+    f.time_source, g.signature, ifnull(v.owner>>16, v.time) AS reading_time, ifnull(v.owner&65535, 0) AS reading_seq
+  FROM meter m CROSS JOIN value v ON v.meter=m.id CROSS JOIN obis o ON o.id=v.obis CROSS JOIN form f ON f.id=v.form
+    LEFT JOIN signature g ON g.meter=v.meter AND g.time=v.time AND g.obis=v.obis AND g.value=v.value;
+CREATE VIEW last_values AS
+  SELECT m.name AS meter, v.time, datetime(v.time, 'unixepoch') AS utc, o.name AS obis, $value AS value, f.unit,
+    f.time_source, v.count
+  FROM meter m CROSS JOIN series v ON v.meter=m.id CROSS JOIN obis o ON o.id=v.obis CROSS JOIN form f ON f.id=v.form;
+)";
+
+constexpr const char* kSteps[] = {kReadings, kSeries, kConfiguration, kProfiles, kRulesAndStatus};
 static_assert(std::size(kSteps) == kSchemaVersion);
 
 std::string WithUnpacking(std::string sql) {

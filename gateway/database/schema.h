@@ -17,7 +17,7 @@ namespace tav::data {
 constexpr int kApplicationId = 0x74617664;
 
 // The version that the last step makes, in PRAGMA user_version.
-constexpr int kSchemaVersion = 4;
+constexpr int kSchemaVersion = 5;
 
 int GetSchemaVersion(SQLite::Database& database);
 // Whether the file is this program's, or nobody's yet.

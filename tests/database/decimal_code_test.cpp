@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include <gateway/service/data/storage/decimal_code.h>
+#include <gateway/database/decimal_code.h>
 
 #include <SQLiteCpp/Database.h>
 #include <SQLiteCpp/Statement.h>

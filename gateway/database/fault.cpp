@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include <gateway/service/data/fault.h>
+#include <gateway/database/fault.h>
 
 #include <SQLiteCpp/Exception.h>
 #include <sqlite3.h>

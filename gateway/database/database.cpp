@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include <gateway/service/data/data_store.h>
+#include <gateway/database/database.h>
 
 #include <SQLiteCpp/Database.h>
 #include <SQLiteCpp/Exception.h>
@@ -9,7 +9,7 @@
 #include <optional>
 #include <utility>
 
-#include <gateway/service/data/schema.h>
+#include <gateway/database/schema.h>
 
 namespace tav::data {
 
@@ -26,20 +26,16 @@ std::uint64_t SizeOf(const std::string& file) {
 
 }  // namespace
 
-struct cDataStore::cConnection {
+struct cDatabase::cConnection {
   explicit cConnection(const std::string& file) : database(file, kOpenFlags, kOpenPatience) {}
 
-  // Statements are made anew after a fault: one that failed half-way would keep a lock, and the numbers that the
-  // dictionaries remember may never have been committed.
-  void MakeTables() {
-    tables.reset();
+  void MakeStatements() {
     begin.reset();
     commit.reset();
     rollback.reset();
     begin.emplace(database, "BEGIN IMMEDIATE");
     commit.emplace(database, "COMMIT");
     rollback.emplace(database, "ROLLBACK");
-    tables.emplace(database);
   }
   static void Run(SQLite::Statement& statement) {
     statement.exec();
@@ -51,35 +47,27 @@ struct cDataStore::cConnection {
   std::optional<SQLite::Statement> begin;
   std::optional<SQLite::Statement> commit;
   std::optional<SQLite::Statement> rollback;
-  std::optional<cTables> tables;
 };
 
-cDataStore::cDataStore(cDataOptions options) : m_options(std::move(options)) {}
+cDatabase::cDatabase(cDataOptions options) : m_options(std::move(options)) {}
 
-cDataStore::~cDataStore() = default;
+cDatabase::~cDatabase() = default;
 
-cFault cDataStore::Open() {
+cFault cDatabase::Open() {
   return Guarded([this] {
+    DropTables();
     m_connection = std::make_unique<cConnection>(m_options.file);
     return Prepare();
   });
 }
 
-cFault cDataStore::Write(const std::function<void(cTables&)>& add) {
-  return Change([&](cTables& tables) {
-    add(tables);
-    tables.Flush();
-    return true;
-  });
-}
-
-cFault cDataStore::Change(const std::function<bool(cTables&)>& change) {
+cFault cDatabase::InTransaction(const std::function<bool()>& change) {
   return Guarded([&] {
     if (cFault fault = Ready()) return fault;
     if (cFault fault = CheckPlace()) return fault;
     if (cFault fault = CheckLog()) return fault;
     cConnection::Run(*m_connection->begin);
-    const bool good = change(*m_connection->tables);
+    const bool good = change();
     // Some failed statements have ended the transaction themselves.
     const bool open = sqlite3_get_autocommit(m_connection->database.getHandle()) == 0;
     if (good || open) cConnection::Run(good ? *m_connection->commit : *m_connection->rollback);
@@ -88,23 +76,29 @@ cFault cDataStore::Change(const std::function<bool(cTables&)>& change) {
   });
 }
 
-cFault cDataStore::Read(const std::function<void(cTables&)>& ask) {
+cFault cDatabase::WithTables(const std::function<void()>& ask) {
   return Guarded([&] {
     if (cFault fault = Ready()) return fault;
-    ask(*m_connection->tables);
+    ask();
     return cFault();
   });
 }
 
-cFault cDataStore::Forget() {
+cFault cDatabase::Forget() {
   return Guarded([this] {
     if (cFault fault = Ready()) return fault;
-    m_connection->MakeTables();
+    MakeStatements();
     return cFault();
   });
 }
 
-cFault cDataStore::Checkpoint() {
+void cDatabase::MakeStatements() {
+  DropTables();
+  m_connection->MakeStatements();
+  MakeTables(m_connection->database);
+}
+
+cFault cDatabase::Checkpoint() {
   return Guarded([this] {
     if (cFault fault = Ready()) return fault;
     MoveLog(SQLITE_CHECKPOINT_PASSIVE);
@@ -112,11 +106,11 @@ cFault cDataStore::Checkpoint() {
   });
 }
 
-std::uint64_t cDataStore::GetFileBytes() const { return SizeOf(m_options.file); }
+std::uint64_t cDatabase::GetFileBytes() const { return SizeOf(m_options.file); }
 
-std::uint64_t cDataStore::GetWalBytes() const { return SizeOf(m_options.file + "-wal"); }
+std::uint64_t cDatabase::GetWalBytes() const { return SizeOf(m_options.file + "-wal"); }
 
-cFault cDataStore::Guarded(const std::function<cFault()>& work) {
+cFault cDatabase::Guarded(const std::function<cFault()>& work) {
   cFault fault;
   try {
     fault = work();
@@ -129,14 +123,15 @@ cFault cDataStore::Guarded(const std::function<cFault()>& work) {
   return fault;
 }
 
-cFault cDataStore::Ready() {
-  if (m_connection != nullptr && m_connection->tables) return {};
+cFault cDatabase::Ready() {
+  if (m_connection != nullptr && HasTables()) return {};
+  DropTables();
   m_connection = std::make_unique<cConnection>(m_options.file);
   return Prepare();
 }
 
 // Everything before Migrate only looks.
-cFault cDataStore::Prepare() {
+cFault cDatabase::Prepare() {
   SQLite::Database& database = m_connection->database;
   const std::string name = "database '" + m_options.file + "' ";
   if (sqlite3_db_readonly(database.getHandle(), "main") == 1) return {eFault::ReadOnly, name + "cannot be written"};
@@ -154,13 +149,13 @@ cFault cDataStore::Prepare() {
     return {eFault::Io, name + "cannot keep a write-ahead log in its directory"};
   Configure();
   Migrate(database);
-  m_connection->MakeTables();
+  MakeStatements();
   m_connection->prepared = true;
   sqlite3_busy_timeout(database.getHandle(), kPatience);
   return {};
 }
 
-void cDataStore::Configure() {
+void cDatabase::Configure() {
   SQLite::Database& database = m_connection->database;
   database.exec(m_options.durability == eDurability::Full ? "PRAGMA synchronous=FULL" : "PRAGMA synchronous=NORMAL");
   database.exec("PRAGMA wal_autocheckpoint=0");
@@ -170,11 +165,11 @@ void cDataStore::Configure() {
   database.exec("PRAGMA temp_store=MEMORY");
   if (m_options.maxBytes != 0) database.exec("PRAGMA max_page_count=" + std::to_string(m_options.maxBytes / kPageSize));
   m_walPages = static_cast<int>(GetWalBytes() / kPageSize);
-  sqlite3_wal_hook(database.getHandle(), &cDataStore::OnCommit, this);
+  sqlite3_wal_hook(database.getHandle(), &cDatabase::OnCommit, this);
 }
 
 // What would be written to a file that nobody can open any more is lost with the process.
-cFault cDataStore::CheckPlace() {
+cFault cDatabase::CheckPlace() {
   int moved = 0;
   sqlite3_file_control(m_connection->database.getHandle(), "main", SQLITE_FCNTL_HAS_MOVED, &moved);
   if (moved == 0) return {};
@@ -182,7 +177,7 @@ cFault cDataStore::CheckPlace() {
                              "' was removed or replaced while in use: put it back, or restart the service"};
 }
 
-cFault cDataStore::CheckLog() {
+cFault cDatabase::CheckLog() {
   if (m_walPages < kWalBusyPages) return {};
   // Without waiting: others may only keep the log from being emptied, not the service from going on.
   sqlite3* const handle = m_connection->database.getHandle();
@@ -197,22 +192,22 @@ cFault cDataStore::CheckLog() {
 
 // A file that fails is kept for a while: when its log is read again, what was refused last could turn up. One that
 // fails again and again may be another one by now, of a disk that was taken out and put back.
-void cDataStore::Recover(eFault kind) {
+void cDatabase::Recover(eFault kind) {
   if (m_connection == nullptr) return;
   const bool passes = kind == eFault::Busy || kind == eFault::Full || kind == eFault::Moved;
   if (!passes) ++m_failures;
   const bool keep = m_connection->prepared && kind != eFault::Corrupt && m_failures < kReopenAfter;
   try {
-    m_connection->tables.reset();
+    DropTables();
     if (sqlite3_get_autocommit(m_connection->database.getHandle()) == 0) m_connection->database.exec("ROLLBACK");
-    if (keep) m_connection->MakeTables();
+    if (keep) MakeStatements();
   } catch (const SQLite::Exception&) {
-    m_connection->tables.reset();
+    DropTables();
   }
-  if (!m_connection->tables) m_connection.reset();
+  if (!HasTables()) m_connection.reset();
 }
 
-void cDataStore::MoveLog(int mode) {
+void cDatabase::MoveLog(int mode) {
   int pages = 0;
   int moved = 0;
   sqlite3* const handle = m_connection->database.getHandle();
@@ -223,8 +218,8 @@ void cDataStore::MoveLog(int mode) {
   if (result == SQLITE_OK && moved == pages) m_walPages = 0;
 }
 
-int cDataStore::OnCommit(void* self, sqlite3*, const char*, int pages) {
-  static_cast<cDataStore*>(self)->m_walPages = pages;
+int cDatabase::OnCommit(void* self, sqlite3*, const char*, int pages) {
+  static_cast<cDatabase*>(self)->m_walPages = pages;
   return SQLITE_OK;
 }
 

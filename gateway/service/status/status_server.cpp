@@ -1,0 +1,158 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <gateway/service/status/status_server.h>
+
+#include <algorithm>
+
+#include <tav/framework/time.h>
+#include <tav/framework/trace.h>
+#include <tav/service/status_protocol.h>
+
+namespace tav::gateway {
+
+namespace {
+
+vorn::cRecord Row(const std::string& name, const cStatusValue& value) {
+  vorn::cRecord row;
+  row.AppendTextPar(status::kName, name);
+  row.AppendTextPar(status::kValue, value.value);
+  row.AppendTextPar(status::kProcess, value.process);
+  row.AppendUIntPar(status::kPid, value.pid);
+  row.AppendBoolPar(status::kConnected, value.client != 0);
+  row.AppendUIntPar(status::kChanged, value.changed);
+  return row;
+}
+
+}  // namespace
+
+cStatusServer::cStatusServer(cServiceHost* host, cStatusStore* store)
+    : cProtocolServer(host, status::kProtocol),
+      m_host(host),
+      m_keeper(host, store, &m_set),
+      m_tell(host, [this] { TellAll(); }),
+      m_expiry(host, [this] { Expire(); }) {
+  // A value may be named like the key that stands for all names, and be of any type.
+  On(
+      status::eChange, [this](const vorn::cMsg& request) { Change(request); }, eCheck::Own);
+  On(
+      status::eFullSet, [this](const vorn::cMsg& request) { TakeFullSet(request); }, eCheck::Own);
+  On(
+      status::eAllValues, [this](const vorn::cMsg& answer) { TakeAnswer(answer); }, eCheck::Own);
+  On(status::eReplaced, [this](const vorn::cMsg& answer) {
+    m_set.Replaced(ClientOf(answer));
+    Wake();
+  });
+  On(status::eList, [this](const vorn::cMsg& request) { List(request); });
+  m_expiry.Start(kExpiryMs, kExpiryMs);
+}
+
+cStatusServer::~cStatusServer() = default;
+
+// ---- clients
+
+void cStatusServer::OnConnect(vorn::cScmChannel& channel) {
+  m_clients[&channel] = m_set.Join(channel.GetPeer().processName, static_cast<unsigned int>(channel.GetPeer().pid));
+}
+
+void cStatusServer::OnClose(vorn::cScmChannel& channel) {
+  const auto client = m_clients.find(&channel);
+  if (client == m_clients.end()) return;
+  m_set.Leave(client->second, Now());
+  m_clients.erase(client);
+}
+
+std::uint64_t cStatusServer::ClientOf(const vorn::cMsg& msg) const {
+  const auto client = m_clients.find(msg.GetReplyChannel().get());
+  return client != m_clients.end() ? client->second : 0;
+}
+
+cStatusMoment cStatusServer::Now() const { return {vorn::cTime::Now().GetSeconds(), m_host->GetClock().Now()}; }
+
+// ---- what clients say
+
+void cStatusServer::Change(const vorn::cMsg& request) {
+  ++m_counters.changes;
+  const std::string fault = m_set.Change(ClientOf(request), request.Record(), Now());
+  if (!fault.empty()) return Refuse(request, fault);
+  Answer(request);
+  Wake();
+}
+
+void cStatusServer::TakeFullSet(const vorn::cMsg& request) {
+  vorn::cRecord missing;
+  const std::string fault = m_set.Take(ClientOf(request), request.Record(), Now(), missing);
+  if (!fault.empty()) return Refuse(request, fault);
+  Answer(request, missing);
+  Wake();
+}
+
+// To the question that follows a refusal.
+void cStatusServer::TakeAnswer(const vorn::cMsg& answer) {
+  vorn::cRecord missing;
+  const std::string fault = m_set.Take(ClientOf(answer), answer.Record(), Now(), missing);
+  if (fault.empty() && !missing.IsEmpty()) Send(*answer.GetReplyChannel(), status::eValues, missing);
+  Wake();
+}
+
+void cStatusServer::List(const vorn::cMsg& request) {
+  const std::string prefix = request.Record().GetTextPar(status::kPrefix);
+  vorn::cRecord answer;
+  const auto& values = m_set.GetValues();
+  for (auto at = values.lower_bound(prefix); at != values.end() && at->first.starts_with(prefix); ++at)
+    answer.AppendRecordPar(status::kRow, Row(at->first, at->second));
+  Answer(request, answer);
+}
+
+void cStatusServer::Refuse(const vorn::cMsg& request, const std::string& reason) {
+  ++m_counters.refused;
+  cProtocolServer::Refuse(request, reason);
+}
+
+// ---- what clients are told
+
+void cStatusServer::Wake() {
+  if (m_set.HasNews()) m_tell.Post();
+}
+
+void cStatusServer::TellAll() {
+  for (const auto& channel : GetChannels()) {
+    const auto client = m_clients.find(channel.get());
+    if (client == m_clients.end()) continue;
+    if (const auto telling = m_set.Tell(client->second)) Tell(*channel, *telling);
+  }
+  m_set.Told();
+  m_keeper.Wake();
+  AskRefused();
+}
+
+void cStatusServer::Tell(vorn::cScmChannel& channel, const cStatusSet::cTelling& telling) {
+  ++m_counters.told;
+  Send(channel, telling.replace ? status::eReplace : status::eValues, telling.values);
+}
+
+void cStatusServer::Send(vorn::cScmChannel& channel, unsigned int type, const vorn::cRecord& record) {
+  static vorn::cUnit* const unit = vorn::cUnit::Find("UnitStatus");
+  vorn::cMsg msg(type);
+  vorn::cUuid id;
+  id.Create();
+  msg.SetId(id);
+  msg.Record() = record;
+  if (channel.Send(msg) == 1 || !channel.IsOpen()) return;
+  vorn::Trace(unit, 4, channel.GetPeer().ToString(), " does not read the status values, it is disconnected");
+  channel.Close();
+}
+
+// Their copies hold what the set does not; perhaps there is room now.
+void cStatusServer::AskRefused() {
+  if (!m_set.HasRoomAgain()) return;
+  const std::vector<std::uint64_t> refused = m_set.TakeRefused();
+  for (const auto& channel : GetChannels())
+    if (std::find(refused.begin(), refused.end(), m_clients[channel.get()]) != refused.end())
+      Send(*channel, status::eAsk);
+}
+
+void cStatusServer::Expire() {
+  if (m_set.Expire(m_host->GetClock().Now())) Wake();
+  m_expiry.Start(kExpiryMs, kExpiryMs);
+}
+
+}  // namespace tav::gateway

@@ -1,0 +1,284 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <gateway/service/status/status_set.h>
+
+#include <algorithm>
+#include <utility>
+
+#include <tav/service/status_protocol.h>
+
+namespace tav::gateway {
+
+namespace {
+
+std::size_t BytesOf(const std::string& name, const std::string& value) { return name.size() + value.size(); }
+
+bool IsAll(const vorn::cRecord& change) {
+  const vorn::cRecordPar first = change.First();
+  return change.GetCount() == 1 && first.GetNameView() == status::kAll && first.IsText() && !first.HasText();
+}
+
+std::string Quoted(const std::string& name) { return "status value '" + name + "': "; }
+
+}  // namespace
+
+void cStatusSet::Restore(const std::string& name, const cStatusValue& value, std::int64_t loopMs) {
+  cStatusValue& restored = m_values[name] = value;
+  restored.client = 0;
+  restored.goneSince = loopMs;
+  m_bytes += BytesOf(name, value.value);
+}
+
+// ---- clients
+
+std::uint64_t cStatusSet::Join(const std::string& process, unsigned int pid) {
+  m_clients[++m_lastClient] = {process, pid};
+  return m_lastClient;
+}
+
+void cStatusSet::Leave(std::uint64_t client, const cStatusMoment& now) {
+  const auto known = m_clients.find(client);
+  if (known == m_clients.end()) return;
+  for (auto& [name, value] : m_values)
+    if (value.client == client) {
+      value.client = 0;
+      value.goneSince = now.loopMs;
+    }
+  if (m_gone.size() == kMaxRemembered) m_gone.erase(m_gone.begin());
+  if (known->second.follows) m_gone.emplace(Identity(known->second.process, known->second.pid), m_version);
+  m_restless.erase(client);
+  m_clients.erase(known);
+}
+
+// The version up to which its copy is current; none for a client that was not here before. Of several that cannot be
+// told apart the oldest.
+std::optional<std::uint64_t> cStatusSet::ComeBack(const cClient& client) {
+  const auto [begin, end] = m_gone.equal_range({client.process, client.pid});
+  const auto oldest = std::min_element(begin, end, [](const auto& a, const auto& b) { return a.second < b.second; });
+  if (oldest == end) return std::nullopt;
+  const std::uint64_t version = oldest->second;
+  m_gone.erase(oldest);
+  return version;
+}
+
+// ---- what clients say
+
+std::string cStatusSet::Read(const vorn::cRecord& record, Items& items) const {
+  for (vorn::cRecordPar par = record.First(); par.IsValid(); par = par.Next()) {
+    const std::string name = par.GetName();
+    const bool isRemoval = par.IsText() && !par.HasText();
+    if (name.empty()) return "a status value without a name";
+    if (name.size() > kMaxNameBytes)
+      return "the name of a status value has " + std::to_string(name.size()) + " bytes, at most " +
+             std::to_string(kMaxNameBytes);
+    items.emplace_back(name, isRemoval ? std::nullopt : std::optional(par.GetText()));
+    const std::size_t size = isRemoval ? 0 : items.back().second->size();
+    if (size > kMaxValueBytes)
+      return Quoted(name) + std::to_string(size) + " bytes, at most " + std::to_string(kMaxValueBytes);
+  }
+  return {};
+}
+
+std::string cStatusSet::CheckRoom(const Items& items) const {
+  std::size_t bytes = m_bytes;
+  std::set<std::string> fresh;
+  for (const auto& [name, value] : items) {
+    if (!value) continue;
+    const auto known = m_values.find(name);
+    if (known == m_values.end()) fresh.insert(name);
+    bytes += BytesOf(name, *value);
+    if (known != m_values.end()) bytes -= std::min(bytes, BytesOf(name, known->second.value));
+  }
+  if (m_values.size() + fresh.size() > kMaxValues)
+    return "there would be more than " + std::to_string(kMaxValues) + " status values";
+  if (bytes > kMaxBytes) return "the status values would have more than " + std::to_string(kMaxBytes) + " bytes";
+  return {};
+}
+
+std::string cStatusSet::Change(std::uint64_t client, const vorn::cRecord& change, const cStatusMoment& now) {
+  cClient& speaker = m_clients[client];
+  if (speaker.replacing != 0) speaker.spokeMeanwhile = true;
+  if (IsAll(change)) {
+    RemoveAllOf(client);
+    return {};
+  }
+  Items items;
+  if (std::string fault = Read(change, items); !fault.empty()) return fault;
+  if (std::string full = CheckRoom(items); !full.empty()) {
+    speaker.refused = true;
+    return full;
+  }
+  for (const auto& [name, value] : items)
+    if (value)
+      Set(client, name, *value, now);
+    else
+      Remove(client, name);
+  return {};
+}
+
+std::string cStatusSet::Take(std::uint64_t client, const vorn::cRecord& copy, const cStatusMoment& now,
+                             vorn::cRecord& missing) {
+  Items items;
+  if (std::string fault = Read(copy, items); !fault.empty()) return fault;
+  cClient& speaker = m_clients[client];
+  if (std::string full = CheckRoom(items); !full.empty()) {
+    speaker.refused = true;
+    return full;
+  }
+  const auto leftAt = speaker.follows ? std::nullopt : ComeBack(speaker);
+  DropUnnamed(speaker, items);
+  std::map<std::string, std::string> says;
+  for (const auto& [name, value] : items) {
+    if (!value) continue;
+    says[name] = *value;
+    const auto known = m_values.find(name);
+    const auto removal = m_removals.find(name);
+    const bool wasRemoved =
+        known == m_values.end() && leftAt && removal != m_removals.end() && removal->second > *leftAt;
+    const bool isSame = known != m_values.end() && known->second.value == *value;
+    const bool isIts = known != m_values.end() && known->second.client == 0 && known->second.process == speaker.process;
+    if (wasRemoved)
+      m_restless.insert(client);
+    else if (known == m_values.end() || (isSame ? isIts : !IsOld(known->second, speaker, leftAt)))
+      Set(client, name, *value, now);
+  }
+  speaker.follows = true;
+  for (const auto& [name, value] : m_values)
+    if (const auto said = says.find(name); said == says.end() || said->second != value.value)
+      missing.AppendTextPar(name, value.value);
+  return {};
+}
+
+bool cStatusSet::IsOld(const cStatusValue& known, const cClient& client, std::optional<std::uint64_t> leftAt) const {
+  if (known.client != 0) return &m_clients.at(known.client) != &client;
+  const bool isIts = known.process == client.process && known.pid == client.pid;
+  return leftAt && known.version > *leftAt && !isIts;
+}
+
+// What the client had published and has removed while it was away. One that brings nothing of what it had published
+// along starts anew, or is another one of its process.
+void cStatusSet::DropUnnamed(const cClient& client, const Items& copy) {
+  std::set<std::string> named;
+  for (const auto& [name, value] : copy) named.insert(name);
+  std::vector<std::string> unnamed;
+  bool knows = false;
+  for (const auto& [name, value] : m_values) {
+    if (value.client != 0 || value.process != client.process || value.pid != client.pid) continue;
+    if (named.count(name) != 0)
+      knows = true;
+    else
+      unnamed.push_back(name);
+  }
+  if (!knows) return;
+  for (const std::string& name : unnamed) Remove(0, name);
+}
+
+void cStatusSet::Replaced(std::uint64_t client) {
+  const auto known = m_clients.find(client);
+  if (known == m_clients.end() || known->second.replacing == 0) return;
+  if (--known->second.replacing != 0 || !known->second.spokeMeanwhile) return;
+  known->second.spokeMeanwhile = false;
+  m_restless.insert(client);
+}
+
+// ---- values
+
+void cStatusSet::Set(std::uint64_t client, const std::string& name, const std::string& value,
+                     const cStatusMoment& now) {
+  const auto [place, fresh] = m_values.try_emplace(name);
+  cStatusValue& known = place->second;
+  const bool changes = fresh || known.value != value;
+  if (!fresh && known.client != 0 && known.client != client) known.contested = true;
+  known.client = client;
+  known.process = m_clients[client].process;
+  known.pid = m_clients[client].pid;
+  if (!changes && !known.contested) return;
+  m_bytes += BytesOf(name, value);
+  m_bytes -= fresh ? 0 : BytesOf(name, known.value);
+  if (changes) known.changed = now.utc;
+  known.value = value;
+  known.version = ++m_version;
+  m_removals.erase(name);
+  News(name, known.contested ? 0 : client);
+}
+
+void cStatusSet::Remove(std::uint64_t by, const std::string& name) {
+  const auto known = m_values.find(name);
+  if (known == m_values.end()) return;
+  const bool byItself = by != 0 && !known->second.contested;
+  m_bytes -= BytesOf(name, known->second.value);
+  m_values.erase(known);
+  m_news.erase(name);
+  if (m_removals.size() == kMaxRemembered) m_removals.erase(m_removals.begin());
+  m_removals[name] = ++m_version;
+  if (!m_removed)
+    m_remover = byItself ? std::optional(by) : std::nullopt;
+  else if (m_remover != by || !byItself)
+    m_remover.reset();
+  m_removed = m_roomAgain = true;
+}
+
+// Its copy is empty now, and is to hold the values of the others.
+void cStatusSet::RemoveAllOf(std::uint64_t client) {
+  std::vector<std::string> names;
+  for (const auto& [name, value] : m_values)
+    if (value.client == client) names.push_back(name);
+  for (const std::string& name : names) Remove(client, name);
+  m_restless.insert(client);
+}
+
+bool cStatusSet::Expire(std::int64_t loopMs) {
+  std::vector<std::string> names;
+  for (const auto& [name, value] : m_values)
+    if (value.client == 0 && loopMs - value.goneSince >= kKeepGoneMs) names.push_back(name);
+  for (const std::string& name : names) Remove(0, name);
+  return !names.empty();
+}
+
+std::vector<std::uint64_t> cStatusSet::TakeRefused() {
+  m_roomAgain = false;
+  std::vector<std::uint64_t> refused;
+  for (auto& [client, state] : m_clients)
+    if (std::exchange(state.refused, false)) refused.push_back(client);
+  return refused;
+}
+
+std::size_t cStatusSet::CountGone() const {
+  return static_cast<std::size_t>(
+      std::count_if(m_values.begin(), m_values.end(), [](const auto& value) { return value.second.client == 0; }));
+}
+
+// ---- what is to be told
+
+void cStatusSet::News(const std::string& name, std::uint64_t except) {
+  const auto [place, fresh] = m_news.try_emplace(name, except);
+  if (!fresh && place->second != except) place->second = 0;
+}
+
+std::optional<cStatusSet::cTelling> cStatusSet::Tell(std::uint64_t client) {
+  const auto known = m_clients.find(client);
+  if (known == m_clients.end() || !known->second.follows) return std::nullopt;
+  if (m_restless.count(client) != 0 || (m_removed && m_remover != client)) {
+    ++known->second.replacing;
+    return cTelling{true, All()};
+  }
+  cTelling telling;
+  for (const auto& [name, except] : m_news)
+    if (except != client) telling.values.AppendTextPar(name, m_values.at(name).value);
+  if (telling.values.IsEmpty()) return std::nullopt;
+  return telling;
+}
+
+void cStatusSet::Told() {
+  m_news.clear();
+  m_removed = false;
+  m_remover.reset();
+  m_restless.clear();
+}
+
+vorn::cRecord cStatusSet::All() const {
+  vorn::cRecord all;
+  for (const auto& [name, value] : m_values) all.AppendTextPar(name, value.value);
+  return all;
+}
+
+}  // namespace tav::gateway

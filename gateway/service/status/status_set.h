@@ -1,0 +1,130 @@
+// SPDX-License-Identifier: Apache-2.0
+// cStatusSet: the status values of all clients merged into one set, and what has to be told to whom so that every
+// client's copy becomes equal to it. Knows nothing of channels and files.
+//
+// Whoever sets a value last is its writer, and its client's copy is right: it is not told its own values, since what it
+// has set meanwhile would be overwritten by what it had set before. Only a value that a second client has set while its
+// writer was connected is told to all, in the order in which the service took the changes.
+//
+// A client that comes (back) brings its whole copy along. What it says about a value counts, unless its copy is old:
+// another client that is connected is the writer, or the value was changed or removed while it was away.
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <set>
+#include <string>
+#include <vector>
+
+#include <tav/framework/record.h>
+
+namespace tav::gateway {
+
+struct cStatusValue {
+  std::string value;
+  std::string process;         // of its writer
+  unsigned int pid = 0;        // likewise
+  std::uint64_t client = 0;    // the writer while it is connected, else 0
+  std::uint64_t version = 0;   // of the last change
+  unsigned int changed = 0;    // when that was, seconds UTC
+  std::int64_t goneSince = 0;  // milliseconds of the loop's clock, while the writer is not connected
+  bool contested = false;      // more than one client has set it
+};
+
+// The moment that something happens at, by both clocks.
+struct cStatusMoment {
+  unsigned int utc = 0;     // seconds
+  std::int64_t loopMs = 0;  // never goes back
+};
+
+class cStatusSet {
+ public:
+  static constexpr std::size_t kMaxValues = 10'000;
+  static constexpr std::size_t kMaxNameBytes = 200;
+  static constexpr std::size_t kMaxValueBytes = 4'096;
+  // Of all names and values: the set has to travel in one message.
+  static constexpr std::size_t kMaxBytes = std::size_t{1} << 20;
+  // How long the values of a client that is gone are kept.
+  static constexpr std::int64_t kKeepGoneMs = std::int64_t{24} * 3600 * 1000;
+  // Most removals, and clients that are gone, that are remembered to judge copies that come back.
+  static constexpr std::size_t kMaxRemembered = 4'096;
+
+  using Values = std::map<std::string, cStatusValue>;
+
+  // What one client is to be told: the values in the record, beside its own or in place of all of its own.
+  struct cTelling {
+    bool replace = false;
+    vorn::cRecord values;
+  };
+
+  // ---- the start: what was known when the service ended
+  void Restore(const std::string& name, const cStatusValue& value, std::int64_t loopMs);
+
+  // ---- clients, by numbers that are never used twice
+  std::uint64_t Join(const std::string& process, unsigned int pid);
+  void Leave(std::uint64_t client, const cStatusMoment& now);
+
+  // ---- what clients say; a text says why nothing of it was taken
+  std::string Change(std::uint64_t client, const vorn::cRecord& change, const cStatusMoment& now);
+  // The whole copy of a client, which is told of changes from now on. What of the set it does not know goes to missing.
+  std::string Take(std::uint64_t client, const vorn::cRecord& copy, const cStatusMoment& now, vorn::cRecord& missing);
+  // The client has replaced its values.
+  void Replaced(std::uint64_t client);
+
+  // ---- what is to be done
+  // What the client has to be told of what happened since it was asked last; none when nothing.
+  std::optional<cTelling> Tell(std::uint64_t client);
+  // Call when all clients were asked.
+  void Told();
+  bool HasNews() const { return !m_news.empty() || m_removed || !m_restless.empty(); }
+  // Removes the values of clients that are gone for too long; whether there were any.
+  bool Expire(std::int64_t loopMs);
+  // Something was removed since a change was refused for want of room.
+  bool HasRoomAgain() const { return m_roomAgain; }
+  // Those whose change it was; each is named once.
+  std::vector<std::uint64_t> TakeRefused();
+
+  const Values& GetValues() const { return m_values; }
+  std::size_t CountGone() const;
+
+ private:
+  struct cClient {
+    std::string process;
+    unsigned int pid = 0;
+    bool follows = false;         // it is told of changes
+    unsigned int replacing = 0;   // replacements that it has not confirmed
+    bool spokeMeanwhile = false;  // what it said before it confirmed may be lost in its copy
+    bool refused = false;         // for want of room
+  };
+  using Identity = std::pair<std::string, unsigned int>;
+
+  // A change as it is read: nothing is taken before all of it was found good.
+  using Items = std::vector<std::pair<std::string, std::optional<std::string>>>;
+  std::string Read(const vorn::cRecord& record, Items& items) const;
+  std::string CheckRoom(const Items& items) const;
+  void Set(std::uint64_t client, const std::string& name, const std::string& value, const cStatusMoment& now);
+  void Remove(std::uint64_t by, const std::string& name);
+  void RemoveAllOf(std::uint64_t client);
+  bool IsOld(const cStatusValue& known, const cClient& client, std::optional<std::uint64_t> leftAt) const;
+  void DropUnnamed(const cClient& client, const Items& copy);
+  std::optional<std::uint64_t> ComeBack(const cClient& client);
+  void News(const std::string& name, std::uint64_t except);
+  vorn::cRecord All() const;
+
+  Values m_values;
+  std::size_t m_bytes = 0;
+  bool m_roomAgain = false;
+  std::uint64_t m_version = 0;
+  std::map<std::uint64_t, cClient> m_clients;
+  std::uint64_t m_lastClient = 0;
+  std::multimap<Identity, std::uint64_t> m_gone;    // clients that are, with the version when they left
+  std::map<std::string, std::uint64_t> m_removals;  // names that are no more, with the version of the removal
+  // What is to be told: names, each with the one client that knows it already, or 0.
+  std::map<std::string, std::uint64_t> m_news;
+  bool m_removed = false;                  // something was, so that copies have to be replaced
+  std::optional<std::uint64_t> m_remover;  // by this one client only
+  std::set<std::uint64_t> m_restless;      // clients whose copy is to be replaced on their own account
+};
+
+}  // namespace tav::gateway

@@ -1,0 +1,136 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <gateway/tav_gateway/services.h>
+
+#include <gateway/rules/default_rules.h>
+#include <gateway/service/data/data_server.h>
+#include <gateway/service/obis/obis_server.h>
+#include <gateway/service/status/status_server.h>
+
+namespace tav::gateway {
+
+namespace {
+
+data::cDataOptions DataOptions(const cOptions& options) {
+  data::cDataOptions made;
+  made.file = options.GetDataFile();
+  made.durability = options.durability;
+  made.maxBytes = options.maxMegabytes << 20;
+  return made;
+}
+
+// Status values come again with their clients: nobody waits for the disk on their account.
+data::cDataOptions StatusOptions(const cOptions& options) {
+  data::cDataOptions made = DataOptions(options);
+  made.durability = data::eDurability::Normal;
+  return made;
+}
+
+eExitCode Listen(const vorn::cScmServer& server, std::string& error) {
+  if (server.IsListening()) return eExitDone;
+  error = server.GetError();
+  return eExitSocket;
+}
+
+eExitCode Open(data::cDatabase& store, std::string& error) {
+  const data::cFault fault = store.Open();
+  if (!fault) return eExitDone;
+  error = fault.text;
+  return eExitStorage;
+}
+
+void Count(cStatusValues& values, const char* name, std::uint64_t count) { values.Set(name, std::to_string(count)); }
+
+class cHostedData final : public cHostedService {
+ public:
+  cHostedData(cServiceHost* host, const cOptions& options) : m_host(host), m_store(DataOptions(options)) {}
+
+  eExitCode Start(std::string& error) override {
+    if (const eExitCode code = Open(m_store, error); code != eExitDone) return code;
+    m_server.emplace(m_host, &m_store);
+    return Listen(*m_server, error);
+  }
+  void Collect(cStatusValues& values) const override {
+    const auto& counters = m_server->GetCounters();
+    Count(values, "clients", m_server->GetChannels().size());
+    Count(values, "drivers", m_server->CountDrivers());
+    Count(values, "waiting", m_server->CountWaiting());
+    Count(values, "readings", counters.readings);
+    Count(values, "duplicates", counters.duplicates);
+    Count(values, "rejected", counters.rejected);
+    Count(values, "refused", counters.refused);
+    Count(values, "events", counters.events);
+    Count(values, "file-bytes", m_store.GetFileBytes());
+  }
+
+ private:
+  cServiceHost* m_host;
+  data::cDataStore m_store;
+  std::optional<data::cDataServer> m_server;
+};
+
+class cHostedObis final : public cHostedService {
+ public:
+  cHostedObis(cServiceHost* host, const cOptions& options) : m_host(host), m_store(DataOptions(options)) {}
+
+  eExitCode Start(std::string& error) override {
+    if (const eExitCode code = Open(m_store, error); code != eExitDone) return code;
+    m_server.emplace(m_host, &m_store, rules::MakeDefaultRules());
+    error = m_server->GetFault();
+    return error.empty() ? Listen(*m_server, error) : eExitStorage;
+  }
+  void Collect(cStatusValues& values) const override {
+    const cObisCounters& counters = m_server->GetCounters();
+    Count(values, "clients", m_server->GetChannels().size());
+    Count(values, "rules", m_server->GetMap().GetEntries().size());
+    Count(values, "refused", counters.refused);
+    Count(values, "changes-told", counters.told);
+    Count(values, "changes-applied", counters.applied);
+    Count(values, "changes-not-applied", counters.notApplied);
+    Count(values, "changes-unanswered", m_server->CountUnanswered());
+  }
+
+ private:
+  cServiceHost* m_host;
+  cObisStore m_store;
+  std::optional<cObisServer> m_server;
+};
+
+class cHostedStatus final : public cHostedService {
+ public:
+  cHostedStatus(cServiceHost* host, const cOptions& options) : m_host(host), m_store(StatusOptions(options)) {}
+
+  eExitCode Start(std::string& error) override {
+    if (const eExitCode code = Open(m_store, error); code != eExitDone) return code;
+    m_server.emplace(m_host, &m_store);
+    return Listen(*m_server, error);
+  }
+  // Not how many messages it has sent: telling that would send one more.
+  void Collect(cStatusValues& values) const override {
+    Count(values, "clients", m_server->GetChannels().size());
+    Count(values, "values", m_server->GetSet().GetValues().size());
+    Count(values, "values-of-gone", m_server->GetSet().CountGone());
+    Count(values, "refused", m_server->GetCounters().refused);
+  }
+
+ private:
+  cServiceHost* m_host;
+  cStatusStore m_store;
+  std::optional<cStatusServer> m_server;
+};
+
+template <typename Service>
+std::unique_ptr<cHostedService> Make(cServiceHost* host, const cOptions& options) {
+  return std::make_unique<Service>(host, options);
+}
+
+constexpr cServiceKind kKinds[] = {
+    {"data", "the database control service", Make<cHostedData>},
+    {"obis", "the OBIS map service", Make<cHostedObis>},
+    {"status", "the status service", Make<cHostedStatus>},
+};
+
+}  // namespace
+
+std::span<const cServiceKind> GetServiceKinds() { return kKinds; }
+
+}  // namespace tav::gateway

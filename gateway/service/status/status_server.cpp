@@ -114,6 +114,7 @@ void cStatusServer::Wake() {
 }
 
 void cStatusServer::TellAll() {
+  AskRefused();
   for (const auto& channel : GetChannels()) {
     const auto client = m_clients.find(channel.get());
     if (client == m_clients.end()) continue;
@@ -121,7 +122,6 @@ void cStatusServer::TellAll() {
   }
   m_set.Told();
   m_keeper.Wake();
-  AskRefused();
 }
 
 void cStatusServer::Tell(vorn::cScmChannel& channel, const cStatusSet::cTelling& telling) {
@@ -141,7 +141,7 @@ void cStatusServer::Send(vorn::cScmChannel& channel, unsigned int type, const vo
   channel.Close();
 }
 
-// Their copies hold what the set does not; perhaps there is room now.
+// Their copies hold what the set does not, and there may be room now. Before they are replaced.
 void cStatusServer::AskRefused() {
   if (!m_set.HasRoomAgain()) return;
   const std::vector<std::uint64_t> refused = m_set.TakeRefused();

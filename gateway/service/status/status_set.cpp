@@ -120,25 +120,24 @@ std::string cStatusSet::Take(std::uint64_t client, const vorn::cRecord& copy, co
   Items items;
   if (std::string fault = Read(copy, items); !fault.empty()) return fault;
   cClient& speaker = m_clients[client];
+  if (speaker.replacing != 0) speaker.spokeMeanwhile = true;
+  // Of one that is here what was removed is old whenever that was: what it sets anew it says in a change.
+  const auto leftAt = speaker.follows ? std::optional<std::uint64_t>(0) : ComeBack(speaker);
+  if (std::erase_if(items, [&](const auto& item) { return WasRemoved(item.first, leftAt); }) != 0)
+    m_restless.insert(client);
   if (std::string full = CheckRoom(items); !full.empty()) {
     speaker.refused = true;
     return full;
   }
-  const auto leftAt = speaker.follows ? std::nullopt : ComeBack(speaker);
   DropUnnamed(speaker, items);
   std::map<std::string, std::string> says;
   for (const auto& [name, value] : items) {
     if (!value) continue;
     says[name] = *value;
     const auto known = m_values.find(name);
-    const auto removal = m_removals.find(name);
-    const bool wasRemoved =
-        known == m_values.end() && leftAt && removal != m_removals.end() && removal->second > *leftAt;
     const bool isSame = known != m_values.end() && known->second.value == *value;
     const bool isIts = known != m_values.end() && known->second.client == 0 && known->second.process == speaker.process;
-    if (wasRemoved)
-      m_restless.insert(client);
-    else if (known == m_values.end() || (isSame ? isIts : !IsOld(known->second, speaker, leftAt)))
+    if (known == m_values.end() || (isSame ? isIts : !IsOld(known->second, speaker, leftAt)))
       Set(client, name, *value, now);
   }
   speaker.follows = true;
@@ -148,8 +147,14 @@ std::string cStatusSet::Take(std::uint64_t client, const vorn::cRecord& copy, co
   return {};
 }
 
+bool cStatusSet::WasRemoved(const std::string& name, std::optional<std::uint64_t> leftAt) const {
+  const auto removal = m_removals.find(name);
+  return leftAt && removal != m_removals.end() && removal->second > *leftAt;
+}
+
 bool cStatusSet::IsOld(const cStatusValue& known, const cClient& client, std::optional<std::uint64_t> leftAt) const {
   if (known.client != 0) return &m_clients.at(known.client) != &client;
+  if (client.follows) return true;
   const bool isIts = known.process == client.process && known.pid == client.pid;
   return leftAt && known.version > *leftAt && !isIts;
 }
@@ -187,10 +192,11 @@ void cStatusSet::Set(std::uint64_t client, const std::string& name, const std::s
   const auto [place, fresh] = m_values.try_emplace(name);
   cStatusValue& known = place->second;
   const bool changes = fresh || known.value != value;
-  if (!fresh && known.client != 0 && known.client != client) known.contested = true;
+  const cClient& speaker = m_clients[client];
+  if (!fresh && known.client != client && (known.client != 0 || speaker.follows)) known.contested = true;
   known.client = client;
-  known.process = m_clients[client].process;
-  known.pid = m_clients[client].pid;
+  known.process = speaker.process;
+  known.pid = speaker.pid;
   if (!changes && !known.contested) return;
   m_bytes += BytesOf(name, value);
   m_bytes -= fresh ? 0 : BytesOf(name, known.value);
@@ -204,7 +210,8 @@ void cStatusSet::Set(std::uint64_t client, const std::string& name, const std::s
 void cStatusSet::Remove(std::uint64_t by, const std::string& name) {
   const auto known = m_values.find(name);
   if (known == m_values.end()) return;
-  const bool byItself = by != 0 && !known->second.contested;
+  // Only the writer's own copy cannot be about to take what somebody else has set.
+  const bool byItself = by != 0 && known->second.client == by && !known->second.contested;
   m_bytes -= BytesOf(name, known->second.value);
   m_values.erase(known);
   m_news.erase(name);

@@ -3,8 +3,8 @@
 // client's copy becomes equal to it. Knows nothing of channels and files.
 //
 // Whoever sets a value last is its writer, and its client's copy is right: it is not told its own values, since what it
-// has set meanwhile would be overwritten by what it had set before. Only a value that a second client has set while its
-// writer was connected is told to all, in the order in which the service took the changes.
+// has set meanwhile would be overwritten by what it had set before. Only a value that a client has set after it was
+// told another one's is told to all from then on, in the order in which the service took the changes.
 //
 // A client that comes (back) brings its whole copy along. What it says about a value counts, unless its copy is old:
 // another client that is connected is the writer, or the value was changed or removed while it was away.
@@ -29,7 +29,7 @@ struct cStatusValue {
   std::uint64_t version = 0;   // of the last change
   unsigned int changed = 0;    // when that was, seconds UTC
   std::int64_t goneSince = 0;  // milliseconds of the loop's clock, while the writer is not connected
-  bool contested = false;      // more than one client has set it
+  bool contested = false;      // its writers may not know of each other: it is told to all
 };
 
 // The moment that something happens at, by both clocks.
@@ -106,6 +106,7 @@ class cStatusSet {
   void Set(std::uint64_t client, const std::string& name, const std::string& value, const cStatusMoment& now);
   void Remove(std::uint64_t by, const std::string& name);
   void RemoveAllOf(std::uint64_t client);
+  bool WasRemoved(const std::string& name, std::optional<std::uint64_t> leftAt) const;
   bool IsOld(const cStatusValue& known, const cClient& client, std::optional<std::uint64_t> leftAt) const;
   void DropUnnamed(const cClient& client, const Items& copy);
   std::optional<std::uint64_t> ComeBack(const cClient& client);

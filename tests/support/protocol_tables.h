@@ -51,10 +51,11 @@ inline void ExpectKeysOfOneMeaning(const tav::cProtocol& protocol) {
     }
 }
 
-// Every refusal with a row of its own, those that are answers too excepted.
+// Every refusal of a service with a row of its own, those that are answers too excepted.
 inline void ExpectRefusalsWithReason(const tav::cProtocol& protocol) {
   for (const tav::cProtocolMessage& message : protocol) {
-    if (message.refusal == message.answer || protocol.Find(message.refusal) == nullptr) continue;
+    if (message.direction != tav::eToService || message.refusal == message.answer) continue;
+    if (protocol.Find(message.refusal) == nullptr) continue;
     EXPECT_THAT(Asked(protocol, message.refusal), testing::ElementsAre("reason text")) << message.name;
   }
 }

@@ -75,9 +75,16 @@ class cProxyFixture : public testing::Test {
   bool IsHealthChecked() {
     m_near.Poll(0);
     m_clock->Advance(kPingMs + 1);
-    while (m_near.Poll(0)) {
-    }
+    PollUntilIdle(m_near);
     return !m_io->IsConnected();
+  }
+  // Whether the client pings when it hears nothing for long.
+  bool PingsAnIdleService() {
+    for (int look = 0; look < 2; ++look) {  // the first still sees what was heard before
+      m_clock->Advance(kIdleMs);
+      PollUntilIdle(m_near);
+    }
+    return IsHealthChecked();
   }
   // The service sends a message of its own.
   void Answer(unsigned int type, const vorn::cRecord& record = {}) {
@@ -114,6 +121,7 @@ class cProxyFixture : public testing::Test {
   }
 
   static constexpr int kPingMs = 5000;
+  static constexpr int kIdleMs = 30'000;
 
   const std::string m_service;
   cTempFolder m_folder;
@@ -126,4 +134,26 @@ class cProxyFixture : public testing::Test {
   std::size_t m_traced = 0;
   std::unique_ptr<cRecordingServer> m_server;
   std::unique_ptr<Proxy> m_io;
+};
+
+// A class derived from a client that overrides every callback: notes each, and does as the client does.
+template <typename Proxy>
+class cOverriding : public Proxy {
+ public:
+  using Proxy::Proxy;
+  void OnConnect() override {
+    calls.push_back("OnConnect");
+    Proxy::OnConnect();
+  }
+  void OnClose() override {
+    calls.push_back("OnClose");
+    Proxy::OnClose();
+  }
+  bool DispatchMessage(const vorn::cMsg& msg) override {
+    calls.push_back("DispatchMessage");
+    return Proxy::DispatchMessage(msg);
+  }
+  std::string ToString() const override { return "overridden " + Proxy::ToString(); }
+
+  std::vector<std::string> calls;
 };

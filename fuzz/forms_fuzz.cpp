@@ -1,22 +1,28 @@
 // SPDX-License-Identifier: Apache-2.0
 // Any record taken for the form of each record class: it is read without a fault, and what was read of it comes back
 // equal from the form that is written of it. A collector's distance is lost on that way, because it is written and read
-// under different names.
+// under different names. The clients that keep a copy of what a service sends are given the record as a message of each
+// kind.
 //
 // The first byte tells what follows: even, a record's bytes; odd, a script that builds one from the names that the
 // classes read, because bytes alone would seldom hit a name.
 #include <cstdlib>
 #include <iterator>
+#include <memory>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include <tav/config/interface_record.h>
 #include <tav/config/meter_template.h>
 #include <tav/framework/trace.h>
-#include <tav/obis/obis_map.h>
+#include <tav/obis/obis_protocol.h>
+#include <tav/obis/obis_proxy.h>
 #include <tav/record/meter_record.h>
 #include <tav/service/db_ctrl_io_driver_notify.h>
 #include <tav/service/db_ctrl_request.h>
+#include <tav/service/status_protocol.h>
+#include <tav/service/status_proxy.h>
 
 namespace {
 
@@ -110,7 +116,8 @@ constexpr const char* kNames[] = {
 
 // Texts that mean something to a reader.
 constexpr const char* kTexts[] = {
-    "", "1-0:1.8.0*255", "RS485", "MODBUS", "a=1,b,c=2=3,,=4", "protocol=mbus,dif=04,vif=03", "base64", "RTC", "4711",
+    "",       "1-0:1.8.0*255", "RS485", "MODBUS", "a=1,b,c=2=3,,=4", "protocol=mbus,dif=04,vif=03",
+    "base64", "RTC",           "4711",  "set",    "remove",
 };
 
 class cScript {
@@ -256,6 +263,77 @@ void CheckNotification(const vorn::cRecord& form) {
   Check(second.m_content == first.m_content);
 }
 
+// ---- the clients
+
+// The way back to a service that keeps what it is answered.
+class cKeepingChannel : public vorn::cScmChannel {
+ public:
+  int Send(const vorn::cMsg& msg) override {
+    m_answers.push_back(msg);
+    return 1;
+  }
+  void Close() override {}
+  bool IsOpen() const override { return true; }
+  const vorn::cScmPeer& GetPeer() const override { return m_peer; }
+
+  std::vector<vorn::cMsg> m_answers;
+
+ private:
+  vorn::cScmPeer m_peer;
+};
+
+// The only answer, one of type 0 when there is none. Whatever the record, the message is taken.
+vorn::cMsg Dispatch(vorn::cScmServiceIO& client, unsigned int type, const vorn::cRecord& record) {
+  const auto channel = std::make_shared<cKeepingChannel>();
+  vorn::cMsg msg(type);
+  msg.Record() = record;
+  msg.SetReplyChannel(channel);
+  Check(client.DispatchMessage(msg));
+  Check(channel->m_answers.size() <= 1);
+  return channel->m_answers.empty() ? vorn::cMsg() : channel->m_answers.front();
+}
+
+// Never polled, so that its clients never look for a service.
+vorn::cScmService* Idle() {
+  static vorn::cScmService service("forms_fuzz", "/");
+  return &service;
+}
+
+void CheckObisProxy(const vorn::cRecord& form) {
+  static tav::cObisProxy proxy(Idle());
+  proxy.loaded = false;
+  tav::cObisMap map;
+  map.FromRecord(form);
+  Check(Dispatch(proxy, tav::obis::eMap, form).GetType() == 0);
+  Check(proxy.loaded && proxy.map.ToRecord() == map.ToRecord());
+
+  const unsigned int answer = Dispatch(proxy, tav::obis::eChanged, form).GetType();
+  Check(answer == tav::obis::eChangeApplied || answer == tav::obis::eChangeNotApplied);
+  Check(answer == tav::obis::eChangeApplied || proxy.map.ToRecord() == map.ToRecord());
+  const auto now = proxy.map.GetEntries().size(), before = map.GetEntries().size();
+  Check(now <= before + 1 && before <= now + 1);
+}
+
+void CheckStatusProxy(const vorn::cRecord& form) {
+  static tav::cStatusProxy proxy(Idle());
+  proxy.m_values = {{"kept", "1"}};
+  proxy.m_synced = false;
+  Check(Dispatch(proxy, tav::status::eValues, form).GetType() == 0 && proxy.m_synced);
+  Check(proxy.m_values.Contains("kept"));
+  auto merged = proxy.m_values;
+
+  Check(Dispatch(proxy, tav::status::eReplace, form).GetType() == tav::status::eReplaced);
+  Check(proxy.m_values.size() <= form.GetCount());
+  if (!proxy.m_values.Contains("kept")) merged.Remove("kept");
+  Check(proxy.m_values == merged);
+
+  const vorn::cMsg all = Dispatch(proxy, tav::status::eAsk, {});
+  Check(all.GetType() == tav::status::eAllValues && all.Record().GetCount() == merged.size());
+  Dispatch(proxy, tav::status::eReplace, all.Record());
+  Check(proxy.m_values == merged);
+  Check(proxy.ToString().empty() == merged.empty());
+}
+
 void CheckAll(const vorn::cRecord& form) {
   CheckReading(form);
   CheckStatus(form);
@@ -268,6 +346,8 @@ void CheckAll(const vorn::cRecord& form) {
   CheckStable<tav::cMeterTemplate>(form);
   CheckStable<tav::cDbCtrlRequest>(form);
   CheckNotification(form);
+  CheckObisProxy(form);
+  CheckStatusProxy(form);
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 #include <tav/obis/obis_proxy.h>
 
 #include <tav/framework/trace.h>
+#include <tav/identified_msg.h>
 #include <tav/obis/obis_protocol.h>
 #include <tav/record/record_fields.h>
 #include <tav/unit_tav.h>
@@ -25,11 +26,7 @@ cObisProxy::~cObisProxy() = default;
 
 void cObisProxy::OnConnect() {
   vorn::Trace(UnitTAV(), kProgress, "ObisProxy connection established");
-  vorn::cMsg request(obis::eGetMap);
-  vorn::cUuid id;
-  id.Create();
-  request.SetId(id);
-  Send(request);
+  Send(IdentifiedMsg(obis::eGetMap));
 }
 
 void cObisProxy::OnClose() {
@@ -45,7 +42,7 @@ bool cObisProxy::DispatchMessage(const vorn::cMsg& msg) {
     return true;
   }
   if (msg.GetType() != obis::eChanged) return false;
-  const vorn::cMsg answer(TakeChange(msg.Record()) ? obis::eChangeApplied : obis::eChangeNotApplied);
+  const vorn::cMsg answer = IdentifiedMsg(TakeChange(msg.Record()) ? obis::eChangeApplied : obis::eChangeNotApplied);
   if (const auto& channel = msg.GetReplyChannel()) channel->Send(answer);
   return true;
 }
@@ -58,7 +55,7 @@ bool cObisProxy::TakeChange(const vorn::cRecord& change) {
   cObisMapEntry entry;
   if (command.GetBytesView() == "set" && entry.FromRecord(form)) return map.Set(entry);
   if (command.GetBytesView() == "remove") {
-    map.Remove(form.GetUInt64Par("ID"));
+    map.Remove(form.GetPar("ID").GetUInt64());  // of any integer type, as for "set"
     return true;
   }
   // A "set" whose rule is refused is told here as well.
@@ -85,9 +82,7 @@ bool cObisProxy::RemoveEntry(cObisMapEntry& entry) {
 void cObisProxy::Clear() { map.Clear(); }
 
 bool cObisProxy::SendEntry(unsigned int type, vorn::cUuid& id, const cObisMapEntry& entry) {
-  if (!id.IsValid()) id.Create();
-  vorn::cMsg msg(type);
-  msg.SetId(id);
+  vorn::cMsg msg = IdentifiedMsg(type, id);
   msg.Record().AppendRecordPar(obis::kEntry, entry.ToRecord());
   if (Send(msg) > 0) return true;
   // One text for storing and deleting.

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <tav/service/db_ctrl_io.h>
 
+#include <tav/identified_msg.h>
 #include <tav/record/record_fields.h>
 #include <tav/service/db_ctrl_protocol.h>
 #include <tav/unit_tav.h>
@@ -12,14 +13,6 @@ namespace {
 constexpr int kFailure = 2;
 constexpr int kWarning = 4;
 constexpr int kProgress = 16;
-
-vorn::cMsg StoreMessage() {
-  vorn::cUuid id;
-  id.Create();
-  vorn::cMsg msg(db_ctrl::eStoreMeterRec);
-  msg.SetId(id);
-  return msg;
-}
 
 std::string Reason(const vorn::cMsg& msg) { return msg.Record().GetPar(db_ctrl::kReason).GetText(); }
 
@@ -117,14 +110,14 @@ bool cDbCtrlIO::Enqueue(const vorn::cMsg& msg, const char* operation) {
 
 bool cDbCtrlIO::StoreMeterRec(const cMeterRecord& rec) {
   vorn::Trace(UnitTAV(), kProgress, "dbctrl[StoreMeterRec] store");
-  vorn::cMsg msg = StoreMessage();
+  vorn::cMsg msg = IdentifiedMsg(db_ctrl::eStoreMeterRec);
   msg.Record().AppendRecordPar(db_ctrl::kMeterRecord, rec.ToRecord());
   return StoreMeterRecQueued(msg);
 }
 
 bool cDbCtrlIO::StoreMeterRec(const std::list<cMeterRecord>& recs) {
   vorn::Trace(UnitTAV(), kProgress, "dbctrl[StoreMeterRec] multiple store");
-  vorn::cMsg msg = StoreMessage();
+  vorn::cMsg msg = IdentifiedMsg(db_ctrl::eStoreMeterRec);
   for (const cMeterRecord& rec : recs) msg.Record().AppendRecordPar(db_ctrl::kMeterRecord, rec.ToRecord());
   return StoreMeterRecQueued(msg);
 }

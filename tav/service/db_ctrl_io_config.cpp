@@ -6,6 +6,7 @@
 #include <tav/config/meter_config.h>
 #include <tav/config/meter_template.h>
 #include <tav/config/push_target.h>
+#include <tav/identified_msg.h>
 #include <tav/record/record_fields.h>
 #include <tav/service/db_ctrl_protocol.h>
 #include <tav/unit_tav.h>
@@ -16,21 +17,14 @@ namespace {
 
 constexpr int kFailure = 2;
 
-vorn::cMsg Request(unsigned int type, vorn::cUuid& tid) {
-  if (!tid.IsValid()) tid.Create();
-  vorn::cMsg msg(type);
-  msg.SetId(tid);
-  return msg;
-}
-
 vorn::cMsg NamedRequest(unsigned int type, vorn::cUuid& tid, const std::string& name) {
-  vorn::cMsg msg = Request(type, tid);
+  vorn::cMsg msg = IdentifiedMsg(type, tid);
   AppendUnlessEmpty(msg.Record(), db_ctrl::kName, name);
   return msg;
 }
 
 vorn::cMsg NumberedRequest(unsigned int type, vorn::cUuid& tid, unsigned long long idx, const std::string& name) {
-  vorn::cMsg msg = Request(type, tid);
+  vorn::cMsg msg = IdentifiedMsg(type, tid);
   msg.Record().AppendUInt64Par(db_ctrl::kIdx, idx);
   msg.Record().AppendTextPar(db_ctrl::kName, name);
   return msg;
@@ -48,20 +42,20 @@ bool SendOnce(cDbCtrlIO& io, const char* operation, const vorn::cMsg& msg) {
 // ---- meters
 
 bool cDbCtrlIO::GetMeter(vorn::cUuid& tid, const std::string& addr) {
-  vorn::cMsg msg = Request(db_ctrl::eGetMeter, tid);
+  vorn::cMsg msg = IdentifiedMsg(db_ctrl::eGetMeter, tid);
   AppendUnlessEmpty(msg.Record(), db_ctrl::kAddr, addr);
   return SendOnce(*this, "GetMeter", msg);
 }
 
 bool cDbCtrlIO::SetMeter(vorn::cUuid& tid, const cMeterConfig& config) {
-  vorn::cMsg msg = Request(db_ctrl::eSetMeter, tid);
+  vorn::cMsg msg = IdentifiedMsg(db_ctrl::eSetMeter, tid);
   msg.Record().AppendRecordPar(db_ctrl::kMeterConfigRecord, config.ToRecord());
   return SendOnce(*this, "SetMeter", msg);
 }
 
 bool cDbCtrlIO::DeleteMeter(vorn::cUuid& tid, const std::string& meterId, const std::string& medium,
                             const std::string& mfct) {
-  vorn::cMsg msg = Request(db_ctrl::eDeleteMeter, tid);
+  vorn::cMsg msg = IdentifiedMsg(db_ctrl::eDeleteMeter, tid);
   AppendUnlessEmpty(msg.Record(), db_ctrl::kMeterDashId, meterId);
   AppendUnlessEmpty(msg.Record(), db_ctrl::kMedium, medium);
   AppendUnlessEmpty(msg.Record(), db_ctrl::kManufactor, mfct);
@@ -82,7 +76,7 @@ bool cDbCtrlIO::SetInterface(vorn::cUuid& tid, const cInterfaceRecord& interface
     vorn::Trace(UnitTAV(), kFailure, "dbctrl[SetInterface] invalid InterfaceRecord");
     return false;
   }
-  vorn::cMsg msg = Request(db_ctrl::eSetInterface, tid);
+  vorn::cMsg msg = IdentifiedMsg(db_ctrl::eSetInterface, tid);
   msg.Record().AppendRecordPar(db_ctrl::kInterfaceRecord, interface.ToRecord());
   if (Send(msg) != 0) return true;
   vorn::Trace(UnitTAV(), kFailure, "dbctrl[SetInterface] send failed");
@@ -90,7 +84,7 @@ bool cDbCtrlIO::SetInterface(vorn::cUuid& tid, const cInterfaceRecord& interface
 }
 
 bool cDbCtrlIO::DeleteInterface(vorn::cUuid& tid, const std::string& name) {
-  vorn::cMsg msg = Request(db_ctrl::eDeleteInterface, tid);
+  vorn::cMsg msg = IdentifiedMsg(db_ctrl::eDeleteInterface, tid);
   msg.Record().AppendTextPar(db_ctrl::kName, name);
   return SendOnce(*this, "DelInterface", msg);
 }
@@ -103,7 +97,7 @@ bool cDbCtrlIO::GetPushTarget(vorn::cUuid& tid, const std::string& name) {
 
 // Sent even when there is nothing to set, unlike an interface: the refusal comes from the service.
 bool cDbCtrlIO::SetPushTarget(vorn::cUuid& tid, cPushTarget& target) {
-  vorn::cMsg msg = Request(db_ctrl::eSetPushTarget, tid);
+  vorn::cMsg msg = IdentifiedMsg(db_ctrl::eSetPushTarget, tid);
   if (target.isValid()) msg.Record().AppendRecordPar(db_ctrl::kPushTargetRecord, target.ToRecord());
   return SendOnce(*this, "SetPushTarget", msg);
 }
@@ -119,7 +113,7 @@ bool cDbCtrlIO::GetMeterTemplate(vorn::cUuid& tid, const std::string& name) {
 }
 
 bool cDbCtrlIO::SetMeterTemplate(vorn::cUuid& tid, const cMeterTemplate& meterTemplate) {
-  vorn::cMsg msg = Request(db_ctrl::eSetMeterTemplate, tid);
+  vorn::cMsg msg = IdentifiedMsg(db_ctrl::eSetMeterTemplate, tid);
   msg.Record().AppendRecordPar(db_ctrl::kMeterTemplateRecord, meterTemplate.ToRecord());
   return SendOnce(*this, "SetMeterTemplate", msg);
 }

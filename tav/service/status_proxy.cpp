@@ -5,6 +5,7 @@
 
 #include <tav/framework/helper.h>
 #include <tav/framework/trace.h>
+#include <tav/identified_msg.h>
 #include <tav/service/status_protocol.h>
 #include <tav/unit_tav.h>
 
@@ -13,14 +14,6 @@ namespace tav {
 namespace {
 
 constexpr int kProgress = 16;
-
-vorn::cMsg WithFreshId(unsigned int type) {
-  vorn::cMsg msg(type);
-  vorn::cUuid id;
-  id.Create();
-  msg.SetId(id);
-  return msg;
-}
 
 }  // namespace
 
@@ -50,7 +43,7 @@ bool cStatusProxy::DispatchMessage(const vorn::cMsg& msg) {
     case status::eReplace:
       m_values.clear();
       Merge(msg.Record());
-      if (const auto& channel = msg.GetReplyChannel()) channel->Send(WithFreshId(status::eReplaced));
+      if (const auto& channel = msg.GetReplyChannel()) channel->Send(IdentifiedMsg(status::eReplaced));
       return true;
     case status::eAsk:
       // A question has a channel to answer on; without one there is nobody to answer, and no reason to fall over.
@@ -70,13 +63,13 @@ void cStatusProxy::Merge(const vorn::cRecord& values) {
 }
 
 vorn::cMsg cStatusProxy::MakeFullSet(unsigned int type) const {
-  vorn::cMsg msg = WithFreshId(type);
+  vorn::cMsg msg = IdentifiedMsg(type);
   for (const auto& [name, value] : m_values) msg.Record().AppendTextPar(name, value);
   return msg;
 }
 
 void cStatusProxy::SendChange(const vorn::cRecord& change) {
-  vorn::cMsg msg = WithFreshId(status::eChange);
+  vorn::cMsg msg = IdentifiedMsg(status::eChange);
   msg.Record() = change;
   Send(msg);
 }

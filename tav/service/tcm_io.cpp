@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <tav/service/tcm_io.h>
 
+#include <tav/identified_msg.h>
 #include <tav/service/device_protocol.h>
 
 namespace tav {
@@ -13,9 +14,7 @@ cTcmIO::~cTcmIO() = default;
 bool cTcmIO::DispatchMessage(const vorn::cMsg& /*msg*/) { return true; }
 
 int cTcmIO::SetTimeUTC(vorn::cUuid& tid, vorn::cTime& utc) {
-  if (!tid.IsValid()) tid.Create();
-  vorn::cMsg msg(time_service::eSetTime);
-  msg.SetId(tid);
+  vorn::cMsg msg = IdentifiedMsg(time_service::eSetTime, tid);
   msg.Record().AppendTimePar(device::kNewUtc, utc);
   return Send(msg);
 }

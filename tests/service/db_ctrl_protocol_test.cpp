@@ -1,31 +1,15 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <tav/service/db_ctrl_protocol.h>
 
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <map>
+#include <string>
 #include <vector>
 
-using testing::ElementsAre;
+#include <tests/support/protocol_tables.h>
+
 namespace db_ctrl = tav::db_ctrl;
-
-namespace {
-
-// "name type", a question mark behind an optional one, a star behind a repeated one.
-std::vector<std::string> Asked(unsigned int id) {
-  std::vector<std::string> texts;
-  const tav::cProtocolMessage* message = db_ctrl::kProtocol.Find(id);
-  if (message == nullptr) return {"no such message"};
-  for (std::size_t i = 0; i < message->CountParameters(); ++i) {
-    const auto& [key, use] = message->parameters[i];
-    texts.push_back(std::string(key.name) + " " + std::string(tav::ParTypeName(key.type)));
-    if (use != tav::eRequired) texts.back() += use == tav::eOptional ? "?" : "*";
-  }
-  return texts;
-}
-
-}  // namespace
 
 TEST(DbCtrlProtocol, IsSpokenOnChannelData) { EXPECT_EQ(db_ctrl::kProtocol.GetService(), "data"); }
 
@@ -33,22 +17,13 @@ TEST(DbCtrlProtocol, EveryRequestOfTheDocumentedRangeIsThere) {
   for (const unsigned int id :
        {0x51000, 0x51003, 0x51006, 0x51009, 0x5100c, 0x5100f, 0x51012, 0x5101e, 0x51027, 0x51038, 0x51046,
         0x51049, 0x5104c, 0x51064, 0x51067, 0x5106a, 0x51070, 0x51073, 0x51076, 0x51079, 0x5107c, 0x5108e,
-        0x51091, 0x51094, 0x51190, 0x51193, 0x51196, 0x51200, 0x51203, 0x51206, 0x51209, 0x5120c, 0x5120f}) {
-    const tav::cProtocolMessage* message = db_ctrl::kProtocol.Find(id);
-    ASSERT_NE(message, nullptr) << std::hex << id;
-    EXPECT_EQ(message->direction, tav::eToService);
-    EXPECT_EQ(message->answer, id + 1) << message->name;
-    EXPECT_EQ(message->refusal, id + 2) << message->name;
-  }
+        0x51091, 0x51094, 0x51190, 0x51193, 0x51196, 0x51200, 0x51203, 0x51206, 0x51209, 0x5120c, 0x5120f})
+    ExpectAnswersBehindRequest(db_ctrl::kProtocol, id);
 }
 
 TEST(DbCtrlProtocol, EveryDocumentedAnswerIsThere) {
-  for (const unsigned int id : {0x5100a, 0x5100b, 0x5101f, 0x51020, 0x51039, 0x5103a, 0x5107d}) {
-    const tav::cProtocolMessage* message = db_ctrl::kProtocol.Find(id);
-    ASSERT_NE(message, nullptr) << std::hex << id;
-    EXPECT_EQ(message->direction, tav::eToClient);
-    EXPECT_EQ(message->answer, 0u);
-  }
+  for (const unsigned int id : {0x5100a, 0x5100b, 0x5101f, 0x51020, 0x51039, 0x5103a, 0x5107d})
+    ExpectUnanswered(db_ctrl::kProtocol, id, tav::eToClient);
 }
 
 TEST(DbCtrlProtocol, LeavesTheNumbersOfTheOtherServicesOfItsRange) {
@@ -58,29 +33,11 @@ TEST(DbCtrlProtocol, LeavesTheNumbersOfTheOtherServicesOfItsRange) {
     EXPECT_EQ(db_ctrl::kProtocol.Find(id), nullptr) << std::hex << id;
 }
 
-TEST(DbCtrlProtocol, ANameIsGivenOnce) {
-  std::map<std::string_view, unsigned int> names;
-  for (const tav::cProtocolMessage& message : db_ctrl::kProtocol)
-    EXPECT_TRUE(names.emplace(message.name, message.id).second) << message.name;
-}
+TEST(DbCtrlProtocol, ANameIsGivenOnce) { ExpectNamesGivenOnce(db_ctrl::kProtocol); }
 
-TEST(DbCtrlProtocol, AKeyHasOneTypeAndOneMeaning) {
-  std::map<std::string_view, tav::cProtocolKey> keys;
-  for (const tav::cProtocolMessage& message : db_ctrl::kProtocol)
-    for (std::size_t i = 0; i < message.CountParameters(); ++i) {
-      const tav::cProtocolKey& key = message.parameters[i].key;
-      const tav::cProtocolKey& known = keys.emplace(key.name, key).first->second;
-      EXPECT_EQ(known.type, key.type) << key.name;
-      EXPECT_EQ(known.meaning, key.meaning) << key.name;
-    }
-}
+TEST(DbCtrlProtocol, AKeyHasOneTypeAndOneMeaning) { ExpectKeysOfOneMeaning(db_ctrl::kProtocol); }
 
-TEST(DbCtrlProtocol, EveryRefusalThatHasARowCarriesAReason) {
-  for (const tav::cProtocolMessage& message : db_ctrl::kProtocol) {
-    if (message.refusal == 0 || db_ctrl::kProtocol.Find(message.refusal) == nullptr) continue;
-    EXPECT_THAT(Asked(message.refusal), ElementsAre("reason text")) << message.name;
-  }
-}
+TEST(DbCtrlProtocol, EveryRefusalThatHasARowCarriesAReason) { ExpectRefusalsWithReason(db_ctrl::kProtocol); }
 
 TEST(DbCtrlProtocol, RequestsAskForWhatTheirClientSends) {
   const std::map<unsigned int, std::vector<std::string>> kExpected = {
@@ -122,5 +79,5 @@ TEST(DbCtrlProtocol, RequestsAskForWhatTheirClientSends) {
       {0x5120c, {"store text?", "maxlen uint?", "after data?"}},
       {0x5120f, {}},
   };
-  for (const auto& [id, parameters] : kExpected) EXPECT_EQ(Asked(id), parameters) << std::hex << id;
+  for (const auto& [id, parameters] : kExpected) EXPECT_EQ(Asked(db_ctrl::kProtocol, id), parameters) << std::hex << id;
 }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // A gateway process in small: a database control service that keeps one reading in memory, and a driver that hands it
-// one, both on one loop over a real socket. Prints the reading; the exit status says whether it arrived.
+// one, both on one loop over a real socket; clients of services that are away. Prints the reading; the exit status says
+// whether it arrived.
 #include <cstdio>
 #include <string>
 
@@ -39,6 +40,17 @@ class cKeeper : public vorn::cScmServer {
   bool m_stored = false;
 };
 
+// What clients know by themselves is there without a service; what they ask of one is not taken.
+bool UseAbsentServices(vorn::cScmService& process) {
+  tav::cObisProxy obis(&process);
+  tav::cStatusProxy status(&process);
+  obis.map.Set(tav::cObisMapEntry(1, "Energy", "1-0:1.8.0", "protocol=dlms"));
+  status.SingleSet("stranger.value", tav::cMeterTav::ObisName("1-0:1.8.0", obis.map));
+  std::printf("%s\n", status.ToString().c_str());
+  return tav::cUiCtrlIO(&process).WAN_On() + tav::cTcmIO(&process).WanUp() + tav::cGsmIO(&process).Stop() == 0 &&
+         status.ToString() == "stranger.value=Energy";
+}
+
 }  // namespace
 
 int main(int, char** argv) {
@@ -46,6 +58,10 @@ int main(int, char** argv) {
   cKeeper keeper(&process);
   if (!keeper.IsListening()) {
     std::fprintf(stderr, "%s\n", keeper.GetError().c_str());
+    return 1;
+  }
+  if (!UseAbsentServices(process)) {
+    std::fprintf(stderr, "a client without its service went wrong\n");
     return 1;
   }
   tav::cDbCtrlIO db(&process, "stranger");

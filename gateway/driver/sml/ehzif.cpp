@@ -2,9 +2,9 @@
 // ehzif: the SML meter driver.
 #include <cstdio>
 
-#include <gateway/driver/obis_rules_file.h>
 #include <gateway/driver/sml/ehz_driver.h>
 #include <gateway/driver/sml/ehz_options.h>
+#include <gateway/rules/rules_file.h>
 #include <tav/framework/trace.h>
 
 int main(int argc, char** argv) {
@@ -14,7 +14,7 @@ int main(int argc, char** argv) {
   for (const char* unit : {"UnitVORN", "UnitTAV", "UnitDriver"}) vorn::cUnit::Find(unit)->SetLevel(options.traceLevel);
   tav::cObisMap rules;
   std::string error;
-  if (!options.rulesFile.empty() && !tav::ReadObisRules(options.rulesFile, rules, error)) {
+  if (!options.rulesFile.empty() && !tav::rules::ReadRulesFile(options.rulesFile, rules, error)) {
     std::fprintf(stderr, "ehzif: --rules: %s\n", error.c_str());
     return tav::sml::eExitUsage;
   }

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include <gateway/driver/obis_rules_file.h>
+#include <gateway/rules/rules_file.h>
 
 #include <gtest/gtest.h>
 
@@ -8,14 +8,14 @@
 
 #include <tests/support/temp_folder.h>
 
-namespace tav {
+namespace tav::rules {
 namespace {
 
-class ObisRulesFile : public testing::Test {
+class RulesFile : public testing::Test {
  protected:
   bool Read(const std::string& text) {
     std::ofstream(File()) << text;
-    return ReadObisRules(File(), m_map, m_error);
+    return ReadRulesFile(File(), m_map, m_error);
   }
   // Of a text that must be refused; the file's name stands for itself.
   std::string Error(const std::string& text) {
@@ -30,7 +30,7 @@ class ObisRulesFile : public testing::Test {
   std::string m_error;
 };
 
-TEST_F(ObisRulesFile, GivesItsRulesToTheMap) {
+TEST_F(RulesFile, GivesItsRulesToTheMap) {
   ASSERT_TRUE(Read(R"(
 # what the house wants to know
 [[rule]]
@@ -55,19 +55,49 @@ map = ""
   EXPECT_TRUE(m_map.GetEntries().Contains(8));  // counts on
 }
 
-TEST_F(ObisRulesFile, NumbersFromOneWithoutIds) {
+TEST_F(RulesFile, NumbersFromOneWithoutIds) {
   ASSERT_TRUE(Read("[[rule]]\nname='A'\nobis='1-0:1.8.0'\n[[rule]]\nname='B'\nobis='1-0:2.8.0'\n")) << m_error;
   EXPECT_TRUE(m_map.GetEntries().Contains(1));
   EXPECT_TRUE(m_map.GetEntries().Contains(2));
 }
 
-TEST_F(ObisRulesFile, ReplacesWhatTheMapHeld) {
+TEST_F(RulesFile, TakesAnIdAboveTheNumbersOfTomlAsAText) {
+  ASSERT_TRUE(
+      Read("[[rule]]\nid='9223372036854775808'\nname='A'\nobis='1-0:1.8.0'\n"
+           "[[rule]]\nname='B'\nobis='1-0:2.8.0'\n[[rule]]\nid=9223372036854775807\nname='C'\nobis='1-0:3.8.0'\n"))
+      << m_error;
+  EXPECT_EQ(m_map.ToString(), "1-0:3.8.0 C; 1-0:1.8.0 A; 1-0:2.8.0 B");
+  EXPECT_TRUE(m_map.GetEntries().Contains(9223372036854775809u));
+}
+
+TEST_F(RulesFile, GivesRulesAsTheyStandThereWithTheirLines) {
+  std::vector<cRawRule> rules;
+  ASSERT_TRUE(ReadRawRules("[[rule]]\nname=''\nobis='1.8'\nmap='x'\n\n[[rule]]\nid=1\nname='B'\nobis='1-0:2.8.0'\n",
+                           "text", rules, m_error))
+      << m_error;
+  ASSERT_EQ(rules.size(), 2u);
+  EXPECT_EQ(rules[0].id, 1u);
+  EXPECT_EQ(rules[0].obis, "1.8") << "right or wrong";
+  EXPECT_EQ(rules[0].map, "x");
+  EXPECT_EQ(rules[0].place, "text:1");
+  EXPECT_EQ(rules[1].id, 1u) << "a second time";
+  EXPECT_EQ(rules[1].place, "text:6");
+}
+
+TEST_F(RulesFile, LeavesTheRulesAloneWhenTheTextIsRefused) {
+  std::vector<cRawRule> rules(3);
+  EXPECT_FALSE(ReadRawRules("[[rule]]\nname='A'\nobis='1-0:1.8.0'\n[[rule]]\n", "text", rules, m_error));
+  EXPECT_EQ(m_error, "text:4: key 'name' is missing");
+  EXPECT_EQ(rules.size(), 3u);
+}
+
+TEST_F(RulesFile, ReplacesWhatTheMapHeld) {
   m_map.Add(cObisMapEntry(99, "Old", "1-0:9.8.0", ""));
   ASSERT_TRUE(Read("[[rule]]\nname='A'\nobis='1-0:1.8.0'\n")) << m_error;
   EXPECT_EQ(m_map.ToString(), "1-0:1.8.0 A");
 }
 
-TEST_F(ObisRulesFile, NamesLineAndFaultOfWhatItRefuses) {
+TEST_F(RulesFile, NamesLineAndFaultOfWhatItRefuses) {
   const struct {
     const char* text;
     const char* error;
@@ -87,6 +117,12 @@ TEST_F(ObisRulesFile, NamesLineAndFaultOfWhatItRefuses) {
       {"[[rule]]\nname='A'\nobis='1-0:1.8.0'\nmap=true\n", "FILE:1: key 'map' is no text"},
       {"[[rule]]\nid='1'\nname='A'\nobis='1-0:1.8.0'\n", "FILE:1: key 'id' is no whole number from 0"},
       {"[[rule]]\nid=-1\nname='A'\nobis='1-0:1.8.0'\n", "FILE:1: key 'id' is no whole number from 0"},
+      {"[[rule]]\nid='9223372036854775807'\nname='A'\nobis='1-0:1.8.0'\n",
+       "FILE:1: key 'id' is no whole number from 0"},
+      {"[[rule]]\nid='18446744073709551616'\nname='A'\nobis='1-0:1.8.0'\n",
+       "FILE:1: key 'id' is no whole number from 0"},
+      {"[[rule]]\nid='18446744073709551615'\nname='A'\nobis='1-0:1.8.0'\n[[rule]]\nname='B'\nobis='1-0:2.8.0'\n",
+       "FILE:5: there is no id behind 18446744073709551615; give this rule one"},
       {"[[rule]]\nid=1.5\nname='A'\nobis='1-0:1.8.0'\n", "FILE:1: key 'id' is no whole number from 0"},
       {"[[rule]]\nname='A'\nobis='1-0:1.8.0'\ncomment='x'\n", "FILE:1: unknown key 'comment'"},
       {"[[rule]]\nname=''\nobis='1-0:1.8.0'\n", "FILE:1: rule for '1-0:1.8.0': missing parameters"},
@@ -100,24 +136,24 @@ TEST_F(ObisRulesFile, NamesLineAndFaultOfWhatItRefuses) {
   for (const auto& [text, error] : kCases) EXPECT_EQ(Error(text), error) << text;
 }
 
-TEST_F(ObisRulesFile, NamesThePlaceWhereItIsNoToml) {
+TEST_F(RulesFile, NamesThePlaceWhereItIsNoToml) {
   EXPECT_EQ(Error("[[rule]]\nname='A'\nobis=\n").rfind("FILE:3: ", 0), 0u) << m_error;
   EXPECT_EQ(Error("[[rule]]\nname='A'\nname='B'\n").rfind("FILE:3: ", 0), 0u) << m_error;
   EXPECT_EQ(Error(std::string("[[rule]]\nname='\xFF\xFE'\n")).rfind("FILE:2: ", 0), 0u) << m_error;
 }
 
-TEST_F(ObisRulesFile, SaysWhenItCannotBeRead) {
-  EXPECT_FALSE(ReadObisRules(m_folder.File("missing.toml"), m_map, m_error));
+TEST_F(RulesFile, SaysWhenItCannotBeRead) {
+  EXPECT_FALSE(ReadRulesFile(m_folder.File("missing.toml"), m_map, m_error));
   EXPECT_EQ(m_error, m_folder.File("missing.toml") + ": No such file or directory");
-  EXPECT_FALSE(ReadObisRules(m_folder.GetPath(), m_map, m_error));
+  EXPECT_FALSE(ReadRulesFile(m_folder.GetPath(), m_map, m_error));
   EXPECT_EQ(m_error, m_folder.GetPath() + ": Is a directory");
 }
 
-TEST_F(ObisRulesFile, LeavesTheMapAloneWhenItIsRefused) {
+TEST_F(RulesFile, LeavesTheMapAloneWhenItIsRefused) {
   m_map.Add(cObisMapEntry(99, "Old", "1-0:9.8.0", ""));
   EXPECT_FALSE(Read("[[rule]]\nname='A'\nobis='1-0:1.8.0'\n[[rule]]\nname='B'\n"));
   EXPECT_EQ(m_map.ToString(), "1-0:9.8.0 Old");
 }
 
 }  // namespace
-}  // namespace tav
+}  // namespace tav::rules

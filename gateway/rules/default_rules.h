@@ -1,0 +1,17 @@
+// SPDX-License-Identifier: Apache-2.0
+// The OBIS mapping rules that the system ships: what common meters of electricity, heat, gas and water send, named
+// after the public tables of OBIS identifiers. An operator's own rule with a smaller ID goes before them: they begin at
+// 1000.
+#pragma once
+
+#include <tav/obis/obis_map.h>
+
+namespace tav::rules {
+
+// Where each group of shipped rules begins; IDs are never given to another rule. From 10000 on none is shipped.
+inline constexpr unsigned long long kFirstDefaultId = 1000;
+inline constexpr unsigned long long kEndOfDefaultIds = 10000;
+
+cObisMap MakeDefaultRules();
+
+}  // namespace tav::rules

@@ -16,23 +16,33 @@ namespace {
 constexpr unsigned int kFirstWaitMs = 500;    // of an input that can wait, for the service to be connected
 constexpr unsigned int kSignalWaitMs = 2000;  // for acknowledgements after a signal
 
+// Of a driver that has one interface only, its own: several may run.
+std::string StatusPrefix(const cEhzOptions& options) {
+  return options.interfaceName.empty() ? kEhzDriver : kEhzDriver + "-" + options.interfaceName;
+}
+
 }  // namespace
 
 cEhzDriver::cEhzDriver(const cEhzOptions& options, const cObisMap& rules, std::shared_ptr<const vorn::cClock> clock)
     : cScmService(kEhzDriver, options.directory, std::move(clock)),
       m_options(options),
-      m_rules(rules),
+      m_rules(MakeRules(rules)),
       m_delivery(
           this, kEhzDriver, [this] { OnProgress(); },
           [this] {
             if (m_options.configured) m_follower.Ask();
           }),
       m_follower(m_delivery, *this),
+      m_light(this),
+      m_status(this),
+      m_tellStatus(this),
       m_begin(this),
       m_giveUp(this) {
   AddDlmsUnits();
   m_signals.emplace(this, std::initializer_list<int>{SIGTERM, SIGINT}, [this](int signal) { OnSignal(signal); });
   if (!m_options.configured) Open(SettingsOf(m_options));
+  m_status.AddSource(StatusPrefix(m_options), [this](gateway::cStatusValues& values) { Collect(values); });
+  TellStatus();
 }
 
 cEhzDriver::~cEhzDriver() = default;
@@ -49,7 +59,9 @@ bool cEhzDriver::DispatchMessage(const vorn::cMsg& msg) {
   if (msg.GetType() == eGiveUp) {
     GiveUp();
   } else if (msg.GetType() == eBegin) {
-    Feed();
+    Begin();
+  } else if (msg.GetType() == eTellStatus) {
+    TellStatus();
   } else if (!m_follower.DispatchMessage(msg)) {
     for (auto& [name, open] : m_interfaces)
       if (open.timerType == msg.GetType()) {
@@ -73,6 +85,32 @@ std::string cEhzDriver::Summary() const {
       number(counts.frames.skippedBytes), number(counts.faults), number(readings.readings),
       number(readings.acknowledged), number(readings.refused), number(readings.dropped), number(readings.unconfirmed),
       number(m_delivery.GetOpen()), number(counts.filtered), number(counts.skipped), number(counts.valueless));
+}
+
+cDriverRules cEhzDriver::MakeRules(const cObisMap& ofFile) {
+  if (m_options.noRules) return cDriverRules();
+  if (!m_options.rulesFile.empty()) return cDriverRules(ofFile);
+  return cDriverRules(this, [this] { Feed(); });
+}
+
+// ---- the status
+
+void cEhzDriver::TellStatus() {
+  m_status.Publish();
+  m_tellStatus.Start(gateway::cStatusPublisher::kIntervalMs, eTellStatus, gateway::cStatusPublisher::kSlackMs);
+}
+
+void cEhzDriver::Collect(gateway::cStatusValues& values) const {
+  const cDeliveryCounts& counts = m_delivery.GetCounts();
+  const cObisMap* const rules = m_rules.Get();
+  values.Set("connection", m_delivery.IsConnected() ? "connected" : "waiting for the service");
+  values.Set("queue", std::to_string(m_delivery.GetOpen()));
+  values.Set("readings", std::to_string(counts.readings));
+  values.Set("readings-acknowledged", std::to_string(counts.acknowledged));
+  values.Set("readings-refused", std::to_string(counts.refused));
+  values.Set("readings-dropped", std::to_string(counts.dropped));
+  values.Set("rules", std::to_string(rules != nullptr ? rules->GetEntries().size() : 0));
+  for (const auto& [name, open] : m_interfaces) open.interface->Collect(values);
 }
 
 // ---- the configuration
@@ -117,8 +155,7 @@ std::string cEhzDriver::OnCommand(const cDbCtrlIODriverNotify& command) {
 
 void cEhzDriver::Open(const cEhzSettings& settings) {
   Close(settings.name);
-  const cEhzInterface::cMode mode{m_options.rulesFile.empty() ? nullptr : &m_rules, m_options.keepNames,
-                                  m_options.once};
+  const cEhzInterface::cMode mode{&m_rules, m_options.keepNames, m_options.once};
   const unsigned int timerType = m_nextTimer++;
   cEhzOwner& owner = *this;
   cOpen& open = m_interfaces[settings.name];
@@ -142,6 +179,16 @@ void cEhzDriver::ReportRefused(const std::string& name, const std::string& reaso
 }
 
 // ---- what the interfaces ask and tell
+
+// What can wait is not read before its rules are there, unless they do not come.
+bool cEhzDriver::HasRoom() const {
+  return (m_begun || m_rules.IsSettled()) && m_delivery.GetOpen() < cDelivery::kWindow;
+}
+
+void cEhzDriver::Begin() {
+  m_begun = true;
+  Feed();
+}
 
 void cEhzDriver::OnProgress() {
   const cDeliveryCounts& counts = m_delivery.GetCounts();

@@ -9,7 +9,9 @@
 #include <string>
 
 #include <gateway/driver/delivery.h>
+#include <gateway/driver/driver_rules.h>
 #include <gateway/driver/interface_follower.h>
+#include <gateway/driver/reading_light.h>
 #include <gateway/driver/sml/ehz_interface.h>
 #include <gateway/driver/sml/ehz_options.h>
 #include <tav/framework/scm_service.h>
@@ -32,7 +34,7 @@ class cEhzDriver : public vorn::cScmService, private cEhzOwner, private cInterfa
 
  private:
   // The loop's own messages, of timers; from eInputTimer on one each interface.
-  enum eTimerMessage : unsigned int { eBegin = 0x100, eGiveUp, eInputTimer };
+  enum eTimerMessage : unsigned int { eBegin = 0x100, eGiveUp, eTellStatus, eInputTimer };
 
   struct cOpen {
     unsigned int timerType;
@@ -40,8 +42,9 @@ class cEhzDriver : public vorn::cScmService, private cEhzOwner, private cInterfa
   };
 
   // What the interfaces ask.
-  bool HasRoom() const override { return m_delivery.GetOpen() < cDelivery::kWindow; }
+  bool HasRoom() const override;
   void Deliver(const cMeterRecord& reading) override { m_delivery.Deliver(reading); }
+  void OnReading(unsigned int light) override { m_light.Flash(light); }
   void Report(const vorn::cRecord& event) override { m_delivery.Report(event); }
   void OnHeld() override;
   void OnEnded() override;
@@ -53,27 +56,35 @@ class cEhzDriver : public vorn::cScmService, private cEhzOwner, private cInterfa
   void OnInterfaceDeleted(const std::string& name) override { Close(name); }
   std::string OnCommand(const cDbCtrlIODriverNotify& command) override;
 
+  cDriverRules MakeRules(const cObisMap& ofFile);
   void Open(const cEhzSettings& settings);
   void Close(const std::string& name);
   void ReportRefused(const std::string& name, const std::string& reason);
   void OnProgress();
   void Feed();
+  void Begin();
+  void TellStatus();
+  void Collect(gateway::cStatusValues& values) const;
   void OnSignal(int signal);
   void GiveUpLater();
   void GiveUp();
   bool IsReadToEnd() const;
 
   cEhzOptions m_options;
-  cObisMap m_rules;
+  cDriverRules m_rules;
   std::map<std::string, cOpen> m_interfaces;  // by name
   cEhzCounts m_closed;                        // counts of interfaces that are no more
   cDelivery m_delivery;
   cInterfaceFollower m_follower;
+  cReadingLight m_light;
+  gateway::cStatusPublisher m_status;
+  vorn::cTimer m_tellStatus;
   vorn::cTimer m_begin;
   vorn::cTimer m_giveUp;
   std::optional<vorn::cSignalWatch> m_signals;
   unsigned int m_nextTimer = eInputTimer;
   std::uint64_t m_answers = 0;  // of the service, when we last looked
+  bool m_begun = false;         // inputs that can wait have waited for the services
   bool m_ending = false;        // by a signal
   int m_exitCode = eExitOk;
 };

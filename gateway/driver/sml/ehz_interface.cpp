@@ -18,6 +18,7 @@ namespace {
 const std::string kProtocol = "SML";
 constexpr std::size_t kSlice = 256;            // of a waiting input: less than two telegrams
 constexpr std::size_t kMostMetersKept = 4096;  // whose last storage time is remembered
+constexpr std::size_t kMostMetersTold = 256;   // whose last reading is told to operators
 
 struct cMoment {
   std::uint32_t seconds;
@@ -80,6 +81,19 @@ cEhzCounts cEhzInterface::GetCounts() const {
   counts.frames = m_reader.GetFrameCounts();
   counts.faults = m_reader.GetMessageCounts().faults;
   return counts;
+}
+
+void cEhzInterface::Collect(gateway::cStatusValues& values) const {
+  const cEhzCounts counts = GetCounts();
+  const auto set = [&](const std::string& name, const std::string& value) {
+    values.Set(m_settings.name + "." + name, value);
+  };
+  set("input", m_ended ? "ended" : m_lost ? "lost" : m_opened ? "open" : "opening");
+  set("frames-good", std::to_string(counts.frames.good));
+  set("frames-bad", std::to_string(counts.frames.bad));
+  set("frames-incomplete", std::to_string(counts.frames.incomplete));
+  set("readings-filtered", std::to_string(counts.filtered));
+  for (const auto& [meter, time] : m_lastRead) set(meter + ".last-reading", gateway::StatusTime(time));
 }
 
 // ---- input
@@ -207,15 +221,16 @@ void cEhzInterface::OnList(const cSmlFrame& frame, const cSmlList& list) {
     ++m_counts.filtered;
     return;
   }
+  m_owner.OnReading(m_settings.light);
+  NoteRead(reading.GetMeterID(), reading.GetTimestamp());
   reading.SetInterfaceInfo(m_settings.name, kProtocol, {});
   if (meter->raw) reading.SetRaw(vorn::cData(frame.payload.data(), frame.payload.size()));
-  if (m_mode.rules == nullptr) {
-    TakeReading(reading, *meter);
-    return;
-  }
-  cMeterRecord filtered;
-  reading.ProcessFilter(*m_mode.rules, filtered, m_mode.keepNames);
-  TakeReading(filtered, *meter);
+  const cObisMap* const rules = m_mode.rules->Get();
+  TakeReading(rules != nullptr ? FilterReading(reading, *rules, m_mode.keepNames) : reading, *meter);
+}
+
+void cEhzInterface::NoteRead(const std::string& meterId, std::uint32_t time) {
+  if (m_lastRead.size() < kMostMetersTold || m_lastRead.count(meterId) != 0) m_lastRead[meterId] = time;
 }
 
 // A meter of another medium is known only by what the list says.

@@ -10,11 +10,12 @@
 #include <memory>
 #include <string>
 
+#include <gateway/driver/driver_rules.h>
 #include <gateway/driver/input/byte_input.h>
 #include <gateway/driver/sml/capture_feed.h>
 #include <gateway/driver/sml/ehz_settings.h>
 #include <gateway/driver/sml/sml_reader.h>
-#include <tav/obis/obis_map.h>
+#include <gateway/host/status_publisher.h>
 #include <tav/record/meter_record.h>
 
 namespace tav::sml {
@@ -40,6 +41,8 @@ class cEhzOwner {
   // Room for a reading of an input that can wait.
   virtual bool HasRoom() const = 0;
   virtual void Deliver(const cMeterRecord& reading) = 0;
+  // A reading has come; light is the interface's for meter data.
+  virtual void OnReading(unsigned int light) = 0;
   virtual void Report(const vorn::cRecord& event) = 0;
   // The input waits because there is no room.
   virtual void OnHeld() = 0;
@@ -56,7 +59,7 @@ class cEhzInterface : private cSmlSink {
  public:
   // How the process was started; the same for all interfaces.
   struct cMode {
-    const cObisMap* rules = nullptr;  // null: no filter
+    const cDriverRules* rules = nullptr;
     bool keepNames = false;
     bool once = false;  // the first loss of the input is its end
   };
@@ -75,6 +78,8 @@ class cEhzInterface : private cSmlSink {
   // What is not read yet will not be.
   void Abandon();
 
+  // How it is, for operators; named "interface.value".
+  void Collect(gateway::cStatusValues& values) const;
   const cEhzSettings& GetSettings() const { return m_settings; }
   cEhzCounts GetCounts() const;
   bool CanWait() const { return m_input->CanWait(); }
@@ -96,6 +101,7 @@ class cEhzInterface : private cSmlSink {
   void OnInputEnd(const std::string& why);
   void ReportInput(const char* event, const std::string& reason);
   bool MakeReading(const cSmlList& list, cMeterRecord& reading) const;
+  void NoteRead(const std::string& meterId, std::uint32_t time);
   void TakeReading(const cMeterRecord& reading, const cEhzMeter& meter);
   bool IsTimeWanted(const cMeterRecord& reading, unsigned int intervalSeconds);
 
@@ -108,6 +114,7 @@ class cEhzInterface : private cSmlSink {
   std::string m_pending;            // bytes of an input that waits, not yet read
   std::deque<cMeterRecord> m_held;  // of such an input, read and not delivered: a frame may have many lists
   std::map<std::string, std::uint32_t> m_lastStored;  // meter identifier to the slot of its last stored reading
+  std::map<std::string, std::uint32_t> m_lastRead;    // to the time of its last reading
   cEhzCounts m_counts;
   bool m_opened = false;  // at least once
   bool m_lost = false;    // and reported

@@ -37,7 +37,9 @@ void Describe(CLI::App& app, cEhzOptions& options, std::uint32_t& simBegin) {
   app.add_option("--interval", options.intervalSeconds,
                  "Store one reading a meter every so many seconds, aligned to the clock; 0 stores all")
       ->capture_default_str();
-  app.add_option("--rules", options.rulesFile, "OBIS rules (TOML); values without a rule are left out");
+  CLI::Option* const rules = app.add_option(
+      "--rules", options.rulesFile, "OBIS rules (TOML) in place of the gateway's; values without a rule are left out");
+  app.add_flag("--no-rules", options.noRules, "Store every value under the meter's own identifier")->excludes(rules);
   app.add_flag("--keep-names", options.keepNames, "Keep the identifiers of the meter where a rule fits");
   app.add_option("--meter", options.meters, "Only the meters with this identifier; may be repeated");
   app.add_flag("--raw", options.raw, "Store the telegram's bytes with each reading");

@@ -28,7 +28,8 @@ struct cEhzOptions {
   cSimulatedInputOptions simulation;
   std::string medium = "E";
   unsigned int intervalSeconds = 0;  // 0: every reading is stored
-  std::string rulesFile;             // empty: no filter
+  std::string rulesFile;             // empty: the gateway's rules hold
+  bool noRules = false;              // no rules at all
   bool keepNames = false;
   std::set<std::string> meters;  // empty: all
   bool raw = false;

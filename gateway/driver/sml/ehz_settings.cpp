@@ -116,6 +116,7 @@ bool ReadSettings(const cInterfaceRecord& record, cEhzSettings& settings, std::s
   unsigned int intervalSeconds = 0;
   options.Text("input", text);
   options.Number("interval", 0, kDay, intervalSeconds);
+  options.Number("light", 0, 2, settings.light);
   settings.simulated = text == kSimulation;
   if (settings.simulated)
     ReadSimulation(options, settings.simulation);

@@ -29,6 +29,7 @@ struct cEhzSettings {
   bool simulated = false;  // then simulation, else input says where the bytes come from
   cInputSpec input;
   cSimulatedInputOptions simulation;
+  unsigned int light = 1;                   // that flashes for a reading: 1 or 2, 0 none
   cEhzMeter others;                         // what holds for meters that are not named
   std::map<std::string, cEhzMeter> meters;  // by identifier
   bool onlyNamed = false;                   // readings of other meters are left out
@@ -45,6 +46,7 @@ cEhzSettings SettingsOf(const cEhzOptions& options);
 
 // The settings of a configured interface. Its options are "input" (a device, tcp://host:port, a file, or "sim"; without
 // one the interface SIM is simulated), "baud", "framing", and for the simulation "seed", "meters", "period", "solar";
+// "light" is the one that flashes for its readings, 1, 2 or 0 for none;
 // "interval" holds for the interface's meters, or as an option of one meter for that one. Only meters whose driver is
 // ehzif count. False, and in error which option of what is wrong.
 bool ReadSettings(const cInterfaceRecord& record, cEhzSettings& settings, std::string& error);

@@ -8,6 +8,7 @@
 #include <tavctl/explain_command.h>
 #include <tavctl/last_command.h>
 #include <tavctl/manifest_command.h>
+#include <tavctl/meter_status_command.h>
 #include <tavctl/meters_command.h>
 #include <tavctl/monitor_command.h>
 #include <tavctl/protocol_command.h>
@@ -33,10 +34,10 @@ std::vector<std::unique_ptr<cCommand>> Make() {
 }  // namespace
 
 std::vector<std::unique_ptr<cCommand>> MakeCommands() {
-  return Make<cServicesCommand, cMetersCommand, cStatusCommand, cLastCommand, cValuesCommand, cEventsCommand,
-              cStoreCommand, cStatsCommand, cSqlCommand, cWatchCommand, cMonitorCommand, cInterfaceCommand,
-              cMeterCommand, cCollectorCommand, cPushTargetCommand, cTemplateCommand, cConfigCommand, cDeviceCommand,
-              cManifestCommand, cExplainCommand, cProtocolCommand, cCompletionCommand>();
+  return Make<cServicesCommand, cMetersCommand, cMeterStatusCommand, cStatusCommand, cLastCommand, cValuesCommand,
+              cEventsCommand, cStoreCommand, cStatsCommand, cSqlCommand, cWatchCommand, cMonitorCommand,
+              cInterfaceCommand, cMeterCommand, cCollectorCommand, cPushTargetCommand, cTemplateCommand, cConfigCommand,
+              cDeviceCommand, cManifestCommand, cExplainCommand, cProtocolCommand, cCompletionCommand>();
 }
 
 }  // namespace tav::ctl

@@ -39,7 +39,10 @@ cServiceLink::cServiceLink(cContext& context, const cProtocol& protocol)
 void cServiceLink::OnClose() { m_lost = true; }
 
 bool cServiceLink::DispatchMessage(const vorn::cMsg& msg) {
-  if (msg.GetId() == m_question) m_answer = msg;
+  if (msg.GetId() == m_question)
+    m_answer = msg;
+  else if (m_listener)
+    m_listener(msg);
   return true;
 }
 

@@ -2,6 +2,7 @@
 // cServiceLink: asks one service questions, one at a time, and waits for the answers.
 #pragma once
 
+#include <functional>
 #include <optional>
 #include <string>
 
@@ -21,6 +22,8 @@ class cServiceLink final : public vorn::cScmServiceIO {
 
   // The answer to a request of the protocol that has one. A cFailure: it was refused, and why; or there was none.
   vorn::cRecord Ask(unsigned int type, const vorn::cRecord& request);
+  // Called with everything that is no answer.
+  void SetListener(std::function<void(const vorn::cMsg&)> listener) { m_listener = std::move(listener); }
 
   void OnClose() override;
   bool DispatchMessage(const vorn::cMsg& msg) override;
@@ -32,6 +35,7 @@ class cServiceLink final : public vorn::cScmServiceIO {
 
   cContext& m_context;
   const cProtocol& m_protocol;
+  std::function<void(const vorn::cMsg&)> m_listener;
   vorn::cUuid m_question;
   std::optional<vorn::cMsg> m_answer;
   bool m_lost = false;  // since the question was asked

@@ -111,6 +111,8 @@ CREATE VIEW profile_values AS
 // The mapping rules, whose identifiers are unsigned, and the status values as they were last known. A setting is
 // something that a service has done once. Views begin with the meter: whoever asks for one does not walk through the
 // values of all.
+//
+// Readings follow each other by boot and seconds since boot where the gateway's clock has timed them (clock_log.h).
 constexpr const char* kRulesAndStatus = R"(
 CREATE TABLE obis_rule(id INTEGER PRIMARY KEY, name TEXT NOT NULL CHECK(name<>''), obis TEXT NOT NULL CHECK(obis<>''),
   map TEXT NOT NULL CHECK(map<>''));
@@ -121,10 +123,21 @@ CREATE TABLE setting(name TEXT PRIMARY KEY, value TEXT NOT NULL) WITHOUT ROWID;
 DROP VIEW readings;
 DROP VIEW reading_values;
 DROP VIEW last_values;
+CREATE TABLE boot(id INTEGER PRIMARY KEY, name TEXT NOT NULL UNIQUE);
+CREATE TABLE clock(boot INTEGER, osc INTEGER, utc_offset INTEGER NOT NULL, PRIMARY KEY(boot, osc)) WITHOUT ROWID;
+CREATE TABLE new_state(id INTEGER PRIMARY KEY, status TEXT NOT NULL, time_source INTEGER NOT NULL,
+  learning INTEGER NOT NULL, event_raster INTEGER NOT NULL, boot INTEGER NOT NULL,
+  UNIQUE(status, time_source, learning, event_raster, boot));
+INSERT INTO new_state SELECT id, status, time_source, learning, event_raster, 0 FROM state;
+DROP TABLE state;
+ALTER TABLE new_state RENAME TO state;
+ALTER TABLE series ADD COLUMN ord INTEGER NOT NULL DEFAULT 0;
+
 CREATE VIEW readings AS
   SELECT m.name AS meter, r.time, datetime(r.time, 'unixepoch') AS utc, r.seq, s.time_source, o.driver, o.addr,
     o.manufactor, o.medium, s.status, r.rssi, r.osc, s.learning, s.event_raster, o.interface_name, o.interface_protocol,
-    o.interface_options, x.raw, ifnull(x.store_utc, 0) AS store_utc, ifnull(x.store_osc, 0) AS store_osc
+    o.interface_options, x.raw, ifnull(x.store_utc, 0) AS store_utc, ifnull(x.store_osc, 0) AS store_osc, s.boot,
+    ifnull(r.osc+(SELECT c.utc_offset FROM clock c WHERE c.boot=s.boot ORDER BY c.osc DESC LIMIT 1), r.time) AS true_time
   FROM meter m CROSS JOIN reading r ON r.meter=m.id CROSS JOIN origin o ON o.id=r.origin CROSS JOIN state s ON s.id=r.state
     LEFT JOIN reading_extra x ON x.meter=r.meter AND x.time=r.time AND x.seq=r.seq;
 CREATE VIEW reading_values AS

@@ -10,6 +10,7 @@
 #include <gateway/service/data/profile/profile_store.h>
 #include <gateway/service/data/query/meter_selection.h>
 #include <gateway/service/data/query/stored_readings.h>
+#include <gateway/service/data/storage/clock_log.h>
 #include <gateway/service/data/storage/event_store.h>
 #include <gateway/service/data/storage/reading_query.h>
 #include <gateway/service/data/storage/reading_store.h>
@@ -21,7 +22,8 @@ namespace tav::data {
 struct cTables {
   explicit cTables(SQLite::Database& connection)
       : database(connection),
-        readings(database),
+        clock(database),
+        readings(database, &clock),
         query(database),
         events(database),
         values(database),
@@ -42,6 +44,7 @@ struct cTables {
   }
 
   SQLite::Database& database;
+  cClockLog clock;
   cReadingStore readings;
   cReadingQuery query;
   cEventStore events;
@@ -58,13 +61,20 @@ class cDataStore : public cStore<cTables> {
  public:
   using cStore::cStore;
 
+  // In place of the machine's clocks.
+  void SetClock(std::function<cMoment()> clock) { m_clock = std::move(clock); }
+
   cFault Write(const std::function<void(cTables&)>& add) {
     return Change([&](cTables& tables) {
+      tables.clock.Note(m_clock());
       add(tables);
       tables.Flush();
       return true;
     });
   }
+
+ private:
+  std::function<cMoment()> m_clock = cMoment::Now;
 };
 
 }  // namespace tav::data

@@ -5,6 +5,8 @@
 
 #include <algorithm>
 
+#include <gateway/database/statement.h>
+
 namespace tav::data {
 
 namespace {
@@ -15,7 +17,9 @@ constexpr const char* kReading =
     "x.store_utc, x.store_osc FROM reading r CROSS JOIN origin o ON o.id=r.origin CROSS JOIN state s ON s.id=r.state "
     "LEFT JOIN reading_extra x ON x.meter=r.meter AND x.time=r.time AND x.seq=r.seq WHERE r.meter=?";
 constexpr const char* kInOrder = " AND (r.time, r.seq)>(?,?) AND r.time<=? ORDER BY r.time, r.seq";
-constexpr const char* kBackwards = " ORDER BY r.time DESC, r.seq DESC LIMIT 1";
+constexpr const char* kBackwards = " AND r.time<=? ORDER BY r.time DESC, r.seq DESC LIMIT 1";
+constexpr const char* kLastTime = "SELECT time FROM series WHERE meter=? AND ord>0 ORDER BY ord DESC LIMIT 1";
+constexpr std::int64_t kAnyTime = 0xFFFFFFFF;
 // The common values belong to the first reading of their second.
 constexpr const char* kCommon =
     "SELECT time, obis, value, form FROM value WHERE meter=? AND time=? AND owner IS NULL ORDER BY obis, value";
@@ -46,6 +50,7 @@ cStoredReadings::cStoredReadings(SQLite::Database& database, cReadingQuery& quer
     : m_query(query),
       m_list(database, ListSql()),
       m_newest(database, NewestSql()),
+      m_lastTime(database, kLastTime),
       m_common(database, kCommon),
       m_owned(database, kOwned) {}
 
@@ -80,6 +85,7 @@ std::optional<cMeterRecord> cStoredReadings::Newest(const std::string& meterId) 
   std::optional<cMeterRecord> reading;
   unsigned int left = cReadingQuery::kMaxScanned;
   m_newest.bind(1, *meter);
+  m_newest.bind(2, NumberOr(kAnyTime, m_lastTime, *meter));
   if (m_newest.executeStep()) reading = Read(m_newest, meterId, *meter, {}, left);
   m_newest.reset();
   return reading;

@@ -42,7 +42,8 @@ class cStoredReadings {
   std::optional<cReadingCursor> List(const cReadingSelection& selection,
                                      const std::function<bool(cMeterRecord&, const cReadingCursor&)>& row,
                                      unsigned int& left);
-  // Nothing when the meter has none.
+  // The last one by the order of the readings (clock_log.h), else the newest by its time; nothing when the meter has
+  // none.
   std::optional<cMeterRecord> Newest(const std::string& meterId);
 
   // The statements, for a test of their plans.
@@ -57,6 +58,7 @@ class cStoredReadings {
   cReadingQuery& m_query;
   SQLite::Statement m_list;
   SQLite::Statement m_newest;
+  SQLite::Statement m_lastTime;
   SQLite::Statement m_common;
   SQLite::Statement m_owned;
 };

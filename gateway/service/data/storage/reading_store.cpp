@@ -44,18 +44,20 @@ int Run(SQLite::Statement& statement) {
 
 }  // namespace
 
-cReadingStore::cReadingStore(SQLite::Database& database)
-    : m_meters(database, "meter", {"name"}),
+cReadingStore::cReadingStore(SQLite::Database& database, const cClockLog* clock)
+    : m_clock(clock),
+      m_meters(database, "meter", {"name"}),
       m_obis(database, "obis", {"name"}),
       m_forms(database, "form", {"unit", "time_source"}),
       m_origins(
           database, "origin",
           {"driver", "addr", "manufactor", "medium", "interface_name", "interface_protocol", "interface_options"}),
-      m_states(database, "state", {"status", "time_source", "learning", "event_raster"}),
+      m_states(database, "state", {"status", "time_source", "learning", "event_raster", "boot"}),
       m_series(database),
       m_insertReading(database, "INSERT OR IGNORE INTO reading VALUES(?,?,?,?,?,?,?)"),
       m_findSame(database, kFindSame),
       m_lastSequence(database, "SELECT max(seq) FROM reading WHERE meter=? AND time=?"),
+      m_nearest(database, "SELECT min(abs(osc-?1)) FROM reading WHERE meter=?2 AND time=?3 AND seq<>?4"),
       m_insertExtra(database, "INSERT INTO reading_extra VALUES(?,?,?,?,?,?)"),
       m_deleteReading(database, "DELETE FROM reading WHERE meter=? AND time=? AND seq=?"),
       m_insertSignature(database, "INSERT INTO signature VALUES(?,?,?,?,?)"),
@@ -71,9 +73,10 @@ cReadingStore::eOutcome cReadingStore::Add(const cReadingView& reading) {
     while (end < entries.size() && entries[end].timestamp == entries[begin].timestamp) ++end;
     stored |= AddEntries(reading, begin, end, row);
   }
-  if (row.fresh && stored && HasExtra(reading)) InsertExtra(reading, row);
-  if (row.fresh && !stored) DeleteRow(row);
-  return stored ? eOutcome::Stored : eOutcome::NothingNew;
+  const bool isNew = stored || (row.fresh && IsAnotherMoment(reading, row));
+  if (row.fresh && isNew && HasExtra(reading)) InsertExtra(reading, row);
+  if (row.fresh && !isNew) DeleteRow(row);
+  return isNew ? eOutcome::Stored : eOutcome::NothingNew;
 }
 
 cReadingStore::cRow cReadingStore::OpenRow(const cReadingView& reading) {
@@ -81,13 +84,28 @@ cReadingStore::cRow cReadingStore::OpenRow(const cReadingView& reading) {
   const std::int64_t origin =
       m_origins.Id({reading.driver, reading.addr, reading.manufactor, reading.medium, reading.interfaceName,
                     reading.interfaceProtocol, reading.interfaceOptions});
+  const std::int64_t boot = BootOf(reading.timeSource, reading);
   const std::int64_t state = m_states.Id({reading.status, std::int64_t{reading.timeSource},
-                                          std::int64_t{reading.learning}, std::int64_t{reading.eventRaster}});
-  cRow row{meter, reading.timestamp, 0, true};
+                                          std::int64_t{reading.learning}, std::int64_t{reading.eventRaster}, boot});
+  cRow row{meter, reading.timestamp, 0, true, boot};
   if (InsertRow(reading, meter, 0, origin, state)) return row;
   row.seq = FindSequence(reading, meter, origin, state);
   row.fresh = row.seq <= kMaxSequence && InsertRow(reading, meter, row.seq, origin, state);
   return row;
+}
+
+std::int64_t cReadingStore::BootOf(unsigned int timeSource, const cReadingView& reading) const {
+  return m_clock != nullptr ? m_clock->BootOf(timeSource, reading.osc) : 0;
+}
+
+// A reading that says what another one of its second has said, but not at that time: the clock was set back.
+bool cReadingStore::IsAnotherMoment(const cReadingView& reading, const cRow& row) {
+  if (row.boot == 0) return false;
+  BindNumbers(m_nearest, reading.osc, row.meter, row.time, row.seq);
+  m_nearest.executeStep();
+  const bool another = m_nearest.getColumn(0).getInt64() > cClockLog::kTolerance;
+  m_nearest.reset();
+  return another;
 }
 
 // The number of the row that tells the same as this reading, else the next free one of its second.
@@ -143,7 +161,9 @@ bool cReadingStore::AddEntries(const cReadingView& reading, std::size_t begin, s
     const cNewValue& value = m_values[at - begin];
     if (!value.stored) continue;
     stored = true;
-    m_series.Add(row.meter, value.obis, reading.entries[at].timestamp, value.value, value.form);
+    const std::int64_t boot = BootOf(reading.entries[at].timeSource, reading);
+    m_series.Add(row.meter, value.obis, reading.entries[at].timestamp, cClockLog::OrderOf(boot, reading.osc),
+                 value.value, value.form);
     if (!reading.entries[at].signature.empty()) InsertSignature(reading.entries[at], row.meter, value);
   }
   if (stored && m_onStored) m_onStored(row.meter, time);

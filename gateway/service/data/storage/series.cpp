@@ -9,27 +9,36 @@ namespace tav::data {
 
 namespace {
 
-constexpr const char* kHead = "INSERT INTO series(meter, obis, count, time, value, form) VALUES";
-constexpr const char* kRow = "(?,?,?,?,?,?)";
-constexpr int kColumns = 6;
+constexpr const char* kHead = "INSERT INTO series(meter, obis, count, time, value, form, ord) VALUES";
+constexpr const char* kRow = "(?,?,?,?,?,?,?)";
+constexpr int kColumns = 7;
 constexpr const char* kTail =
-    " ON CONFLICT(meter, obis) DO UPDATE SET count=count+excluded.count, "
-    "value=iif(excluded.time>=time, excluded.value, value), form=iif(excluded.time>=time, excluded.form, form), "
-    "time=max(time, excluded.time)";
+    " ON CONFLICT(meter, obis) DO UPDATE SET count=count+excluded.count, value=iif($later, excluded.value, value), "
+    "form=iif($later, excluded.form, form), ord=iif($later, excluded.ord, ord), time=iif($later, excluded.time, time)";
+constexpr std::string_view kLaterMark = "$later";
+constexpr const char* kLater = "iif(excluded.ord>0 AND ord>0, excluded.ord>=ord, excluded.time>=time)";
+
+std::string Tail() {
+  std::string tail = kTail;
+  for (std::size_t at = tail.find(kLaterMark); at != std::string::npos; at = tail.find(kLaterMark, at))
+    tail.replace(at, kLaterMark.size(), kLater);
+  return tail;
+}
 
 }  // namespace
 
-cSeries::cSeries(SQLite::Database& database) : m_upserts(database, kHead, kRow, kTail) {}
+cSeries::cSeries(SQLite::Database& database) : m_upserts(database, kHead, kRow, Tail()) {}
 
-void cSeries::Add(std::int64_t meter, std::int64_t obis, unsigned int time, const cStoredValue& value,
-                  std::int64_t form) {
+void cSeries::Add(std::int64_t meter, std::int64_t obis, unsigned int time, std::int64_t order,
+                  const cStoredValue& value, std::int64_t form) {
   auto& gathered = *m_series.try_emplace({meter, obis}).first;
   cLast& last = gathered.second;
   if (last.count++ == 0)
     m_gathered.push_back(&gathered);
-  else if (time < last.time)
+  else if (order > 0 && last.order > 0 ? order < last.order : time < last.time)
     return;
   last.time = time;
+  last.order = order;
   last.value = value;
   last.form = form;
 }
@@ -52,6 +61,7 @@ void cSeries::FlushRows(std::size_t begin, std::size_t end) {
     upsert.bind(index + 4, last.time);
     BindValue(upsert, index + 5, last.value);
     upsert.bind(index + 6, last.form);
+    upsert.bind(index + 7, last.order);
     last.count = 0;
   }
   upsert.exec();

@@ -2,8 +2,9 @@
 // cSeries: how many values each meter has of each OBIS identifier, and the last of them.
 //
 // What the readings of one transaction add is gathered in memory and written once before the commit, so that many
-// readings of one meter cost one row an identifier. The newest value by its own time is the last one; of two with the
-// same time the one that came later.
+// readings of one meter cost one row an identifier. The last value is the newest one by its own time, of two with the
+// same time the one that came later; but of two that were timed by the gateway's clock the later one by their order
+// (clock_log.h), whatever the clock said.
 #pragma once
 
 #include <SQLiteCpp/Statement.h>
@@ -26,7 +27,9 @@ class cSeries {
  public:
   explicit cSeries(SQLite::Database& database);
 
-  void Add(std::int64_t meter, std::int64_t obis, unsigned int time, const cStoredValue& value, std::int64_t form);
+  // order: see cClockLog::OrderOf.
+  void Add(std::int64_t meter, std::int64_t obis, unsigned int time, std::int64_t order, const cStoredValue& value,
+           std::int64_t form);
   // Writes what was gathered; throws SQLite::Exception.
   void Flush();
 
@@ -44,6 +47,7 @@ class cSeries {
   struct cLast {
     std::int64_t count = 0;  // added since the last flush
     unsigned int time = 0;
+    std::int64_t order = 0;
     cStoredValue value;
     std::int64_t form = 0;
   };

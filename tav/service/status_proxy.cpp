@@ -89,9 +89,9 @@ void cStatusProxy::SingleSet(const std::string& name, const std::string& value) 
 void cStatusProxy::MultiSet(vorn::cMap<std::string, std::string> values) {
   if (values.empty()) return;
   vorn::cRecord change;
-  for (auto& [name, value] : values) {
-    change.AppendTextPar(name, value);
-    m_values.insert_or_assign(name, std::move(value));
+  for (auto& entry : values) {
+    change.AppendTextPar(entry.first, entry.second);
+    m_values.insert_or_assign(entry.first, std::move(entry.second));
   }
   SendChange(change);
 }
@@ -144,7 +144,7 @@ std::string cStatusProxy::ToString() const {
   std::string text;
   for (const auto& [name, value] : m_values) {
     if (!text.empty()) text += '\n';
-    text += name + "=" + value;
+    text.append(name).append("=").append(value);
   }
   return text;
 }

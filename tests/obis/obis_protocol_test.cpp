@@ -14,7 +14,8 @@ namespace obis = tav::obis;
 TEST(ObisProtocol, IsSpokenOnChannelObis) { EXPECT_EQ(obis::kProtocol.GetService(), "obis"); }
 
 TEST(ObisProtocol, EveryRequestIsAnsweredByTheNumbersBehindIt) {
-  for (const unsigned int id : {0x51082, 0x51088, 0x5108b, 0x51220}) ExpectAnswersBehindRequest(obis::kProtocol, id);
+  for (const unsigned int id : {0x51082u, 0x51088u, 0x5108bu, 0x51220u})
+    ExpectAnswersBehindRequest(obis::kProtocol, id);
 }
 
 TEST(ObisProtocol, AChangeGoesToTheClientWhichAnswersIt) {

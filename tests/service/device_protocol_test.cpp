@@ -41,10 +41,10 @@ TEST(DeviceProtocol, EveryServiceHasAChannel) {
 }
 
 TEST(DeviceProtocol, RequestsAreAnsweredByTheNumbersBehindThem) {
-  for (const unsigned int id : {0x53000, 0x53007, 0x53010}) ExpectAnswersBehindRequest(ui::kProtocol, id);
-  for (const unsigned int id : {0x56002, 0x56014, 0x56017, 0x56030})
+  for (const unsigned int id : {0x53000u, 0x53007u, 0x53010u}) ExpectAnswersBehindRequest(ui::kProtocol, id);
+  for (const unsigned int id : {0x56002u, 0x56014u, 0x56017u, 0x56030u})
     ExpectAnswersBehindRequest(time_service::kProtocol, id);
-  for (const unsigned int id : {0x12002, 0x12010}) ExpectAnswersBehindRequest(gsm::kProtocol, id);
+  for (const unsigned int id : {0x12002u, 0x12010u}) ExpectAnswersBehindRequest(gsm::kProtocol, id);
 }
 
 TEST(DeviceProtocol, WhereTheNextNumberButOneIsARequestTheAnswerCarriesTheReason) {
@@ -57,9 +57,9 @@ TEST(DeviceProtocol, WhereTheNextNumberButOneIsARequestTheAnswerCarriesTheReason
 }
 
 TEST(DeviceProtocol, WhatServicesTellHasNoAnswer) {
-  for (const unsigned int id : {0x53006, 0x53008, 0x53011}) ExpectUnanswered(ui::kProtocol, id, tav::eToClient);
+  for (const unsigned int id : {0x53006u, 0x53008u, 0x53011u}) ExpectUnanswered(ui::kProtocol, id, tav::eToClient);
   ExpectUnanswered(time_service::kProtocol, 0x56031, tav::eToClient);
-  for (const unsigned int id : {0x12001, 0x12011}) ExpectUnanswered(gsm::kProtocol, id, tav::eToClient);
+  for (const unsigned int id : {0x12001u, 0x12011u}) ExpectUnanswered(gsm::kProtocol, id, tav::eToClient);
 }
 
 TEST(DeviceProtocol, MessagesHoldWhatTheClientsSendAndRead) {

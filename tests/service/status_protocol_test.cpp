@@ -16,11 +16,11 @@ TEST(StatusProtocol, IsSpokenOnChannelStatus) { EXPECT_EQ(status::kProtocol.GetS
 TEST(StatusProtocol, AllValuesHaveAName) { EXPECT_STREQ(status::kAll, "*"); }
 
 TEST(StatusProtocol, EveryRequestIsAnsweredByTheNumbersBehindIt) {
-  for (const unsigned int id : {0x5102a, 0x51030, 0x51240}) ExpectAnswersBehindRequest(status::kProtocol, id);
+  for (const unsigned int id : {0x5102au, 0x51030u, 0x51240u}) ExpectAnswersBehindRequest(status::kProtocol, id);
 }
 
 TEST(StatusProtocol, WhatTheServiceAsksTheClientAnswersByTheNextNumber) {
-  for (const unsigned int id : {0x51033, 0x52000}) {
+  for (const unsigned int id : {0x51033u, 0x52000u}) {
     const tav::cProtocolMessage* message = status::kProtocol.Find(id);
     ASSERT_NE(message, nullptr) << std::hex << id;
     EXPECT_EQ(message->direction, tav::eToClient);
@@ -31,7 +31,7 @@ TEST(StatusProtocol, WhatTheServiceAsksTheClientAnswersByTheNextNumber) {
 }
 
 TEST(StatusProtocol, WhatTheServiceTellsHasNoAnswer) {
-  for (const unsigned int id : {0x5102b, 0x5102e, 0x51031, 0x51241})
+  for (const unsigned int id : {0x5102bu, 0x5102eu, 0x51031u, 0x51241u})
     ExpectUnanswered(status::kProtocol, id, tav::eToClient);
 }
 

@@ -10,6 +10,7 @@
 #include <tavctl/manifest_command.h>
 #include <tavctl/meters_command.h>
 #include <tavctl/monitor_command.h>
+#include <tavctl/obis/obis_command.h>
 #include <tavctl/protocol_command.h>
 #include <tavctl/services_command.h>
 #include <tavctl/sql_command.h>
@@ -35,7 +36,7 @@ std::vector<std::unique_ptr<cCommand>> Make() {
 std::vector<std::unique_ptr<cCommand>> MakeCommands() {
   return Make<cServicesCommand, cMetersCommand, cStatusCommand, cLastCommand, cValuesCommand, cEventsCommand,
               cStoreCommand, cStatsCommand, cSqlCommand, cWatchCommand, cMonitorCommand, cInterfaceCommand,
-              cMeterCommand, cCollectorCommand, cPushTargetCommand, cTemplateCommand, cConfigCommand, cDeviceCommand,
+              cMeterCommand, cCollectorCommand, cPushTargetCommand, cTemplateCommand, cConfigCommand, cObisCommand, cDeviceCommand,
               cManifestCommand, cExplainCommand, cProtocolCommand, cCompletionCommand>();
 }
 

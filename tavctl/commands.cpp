@@ -11,6 +11,7 @@
 #include <tavctl/meter_status_command.h>
 #include <tavctl/meters_command.h>
 #include <tavctl/monitor_command.h>
+#include <tavctl/obis/obis_command.h>
 #include <tavctl/protocol_command.h>
 #include <tavctl/services_command.h>
 #include <tavctl/sql_command.h>
@@ -34,10 +35,17 @@ std::vector<std::unique_ptr<cCommand>> Make() {
 }  // namespace
 
 std::vector<std::unique_ptr<cCommand>> MakeCommands() {
+<<<<<<< HEAD
   return Make<cServicesCommand, cMetersCommand, cMeterStatusCommand, cStatusCommand, cLastCommand, cValuesCommand,
               cEventsCommand, cStoreCommand, cStatsCommand, cSqlCommand, cWatchCommand, cMonitorCommand,
               cInterfaceCommand, cMeterCommand, cCollectorCommand, cPushTargetCommand, cTemplateCommand, cConfigCommand,
               cDeviceCommand, cManifestCommand, cExplainCommand, cProtocolCommand, cCompletionCommand>();
+=======
+  return Make<cServicesCommand, cMetersCommand, cStatusCommand, cLastCommand, cValuesCommand, cEventsCommand,
+              cStoreCommand, cStatsCommand, cSqlCommand, cWatchCommand, cMonitorCommand, cInterfaceCommand,
+              cMeterCommand, cCollectorCommand, cPushTargetCommand, cTemplateCommand, cConfigCommand, cObisCommand, cDeviceCommand,
+              cManifestCommand, cExplainCommand, cProtocolCommand, cCompletionCommand>();
+>>>>>>> w-rules
 }
 
 }  // namespace tav::ctl

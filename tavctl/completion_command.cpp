@@ -24,7 +24,8 @@ constexpr cArgument kThings[] = {{"INTERFACE", "interface list"},
                                  {"METER", "meter list"},
                                  {"METER/NAME", "meter list"},
                                  {"PUSH-TARGET", "push-target list"},
-                                 {"TEMPLATE", "template list"}};
+                                 {"TEMPLATE", "template list"},
+                                 {"RULE", "obis list"}};
 
 // Names come from meters: they are compared and quoted, and never expanded by the shell.
 constexpr const char* kHead = R"bash(# bash completion of tavctl, made by: tavctl completion bash

@@ -4,8 +4,16 @@
 #include <nlohmann/json.hpp>
 
 #include <gateway/driver/sml/sml_explain.h>
+#include <gateway/rules/rules_file.h>
+#include <tav/obis/obis_protocol.h>
+#include <tavctl/failure.h>
 #include <tavctl/input_file.h>
+#include <tavctl/obis/rule_document.h>
+#include <tavctl/obis/rule_naming.h>
+#include <tavctl/obis/rule_service.h>
 #include <tavctl/options.h>
+#include <tavctl/socket_probe.h>
+#include <tavctl/utf8.h>
 
 namespace tav::ctl {
 
@@ -33,13 +41,52 @@ std::string Verdict(const sml::cSmlExplanation& explained) {
 
 void cExplainCommand::AddOptions(CLI::App& app) {
   AddArgument(app, "FILE", m_file, "The capture, as bytes or as hexadecimal digits; - is standard input",
-              eNeed::Required);
+              eNeed::Optional);
+  AddText(app, "--rules", m_rulesFile, "Names by the rules of this TOML file in place of the gateway's");
+  AddFlag(app, "--no-rules", m_noRules, "Names by no rules");
+  m_query.AddOptions(app);
 }
 
 eExit cExplainCommand::Run(cContext& context) {
+  if (m_file.empty() != m_query.IsGiven())
+    throw cFailure(eExitUsage, std::string("explain: expected FILE or --value, found ") +
+                                   (m_file.empty() ? "none" : "both") + "; see tavctl explain --help");
+  if (m_noRules && (!m_rulesFile.empty() || m_query.IsGiven()))
+    throw cFailure(eExitUsage,
+                   std::string("explain: --no-rules does not go with ") + (m_query.IsGiven() ? "--value" : "--rules"));
+  if (!m_query.IsGiven()) return ExplainCapture(context);
+  m_query.Make();  // what is wrong with it needs no gateway
+  return m_query.Answer(m_rulesFile.empty() ? cRuleService(context).GetMap() : ReadRulesFile(context), context);
+}
+
+cObisMap cExplainCommand::ReadRulesFile(cContext& context) const {
+  const std::string text = ReadInput(m_rulesFile, context.streams.in, kMaxRulesFile);
+  cObisMap map;
+  std::string error;
+  if (rules::ReadRulesText(text, m_rulesFile == "-" ? "standard input" : m_rulesFile, map, error)) return map;
+  throw cFailure(eExitNegative, ForTerminal(error));
+}
+
+// Those of a gateway only where one runs: a capture can be explained anywhere.
+std::optional<cObisMap> cExplainCommand::FindRules(cContext& context) const {
+  if (!m_rulesFile.empty()) return ReadRulesFile(context);
+  if (m_noRules) return std::nullopt;
+  const std::string socket = context.service.GetSocketPath(std::string(obis::kProtocol.GetService()));
+  if (ProbeSocket(socket).state != eSocket::Listening) return std::nullopt;
+  try {
+    return cRuleService(context).GetMap();
+  } catch (const cFailure&) {
+    return std::nullopt;
+  }
+}
+
+eExit cExplainCommand::ExplainCapture(cContext& context) const {
   const bool fromInput = m_file == "-";
   const std::string capture = ReadInput(m_file, context.streams.in, kMaxCapture);
-  const sml::cSmlExplanation explained = sml::ExplainSml(capture);
+  sml::cObisNamer namer;
+  if (const auto map = FindRules(context))
+    namer = [naming = std::make_shared<cRuleNaming>(*map)](const std::string& obis) { return naming->Ask(obis); };
+  const sml::cSmlExplanation explained = sml::ExplainSml(capture, namer);
   context.streams.out << (context.json ? explained.json : explained.listing);
   if (context.json) context.streams.out << '\n';
   if (explained.AllGood()) return eExitDone;

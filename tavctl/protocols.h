@@ -4,12 +4,15 @@
 
 #include <string_view>
 
+#include <tav/obis/obis_protocol.h>
 #include <tav/service/db_ctrl_protocol.h>
+#include <tav/service/device_protocol.h>
 #include <tav/service/status_protocol.h>
 
 namespace tav::ctl {
 
-inline constexpr const cProtocol* kProtocols[] = {&db_ctrl::kProtocol, &status::kProtocol};
+inline constexpr const cProtocol* kProtocols[] = {&db_ctrl::kProtocol, &gsm::kProtocol,          &obis::kProtocol,
+                                                  &status::kProtocol,  &time_service::kProtocol, &ui::kProtocol};
 
 // Null for a service that no table is there for.
 constexpr const cProtocol* FindProtocol(std::string_view service) {

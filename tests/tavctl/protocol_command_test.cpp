@@ -18,7 +18,7 @@ TEST_F(ProtocolCommand, PrintsThePageOfAService) {
 TEST_F(ProtocolCommand, SaysWhichItKnows) {
   const cOutput output = Run({"protocol", "weather"});
   EXPECT_EQ(output.exit, eExitNegative);
-  EXPECT_EQ(output.err, "tavctl: there is no protocol of service 'weather'; known are: data\n");
+  EXPECT_EQ(output.err, "tavctl: there is no protocol of service 'weather'; known are: data obis\n");
   EXPECT_EQ(Run({"--json", "protocol", "data"}).exit, eExitUsage);
 }
 

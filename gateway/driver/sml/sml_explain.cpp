@@ -28,7 +28,12 @@ cJson ValueOrNull(const cSmlValue& value, std::int8_t scaler) {
   return value.type != eSmlAbsent ? cJson(ValueText(value, scaler)) : cJson(nullptr);
 }
 
-cJson ToJson(const cSmlEntry& entry) {
+cJson RuleOrNull(const std::optional<cObisNaming::cRule>& rule) {
+  if (!rule) return nullptr;
+  return {{"id", rule->id}, {"name", rule->name}, {"obis", rule->obis}};
+}
+
+cJson ToJson(const cSmlEntry& entry, const cObisNamer& namer) {
   const char* const unit = entry.unit ? DlmsUnitText(*entry.unit) : nullptr;
   cJson json;
   json["obis"] = ObisText(entry.obis);
@@ -37,7 +42,7 @@ cJson ToJson(const cSmlEntry& entry) {
   json["unit_code"] = OrNull(entry.unit);
   json["unit"] = unit != nullptr ? cJson(unit) : cJson(nullptr);
   json["value"] = ValueOrNull(entry.value, entry.scaler.value_or(0));
-  json["rule"] = nullptr;
+  json["rule"] = RuleOrNull(namer ? namer(ObisText(entry.obis)).rule : std::nullopt);
   return json;
 }
 
@@ -47,7 +52,7 @@ const char* FrameText(eFrameKind kind) {
 
 class cExplainer {
  public:
-  explicit cExplainer(const cObisNamer& namer) : m_listing(namer) {}
+  explicit cExplainer(const cObisNamer& namer) : m_namer(namer), m_listing(namer) {}
 
   cSmlExplanation Run(std::string_view capture);
 
@@ -58,6 +63,7 @@ class cExplainer {
   void OnMessage(const cSmlMessage& message, cJson& telegram);
   std::string Json() const;
 
+  const cObisNamer& m_namer;
   cSmlListing m_listing;
   cSmlMessages m_messages;
   cBytes m_bytes;
@@ -141,7 +147,7 @@ void cExplainer::OnMessage(const cSmlMessage& message, cJson& telegram) {
                                                             : cBytes();
   if (!serverId.empty()) telegram["meter"] = MeterText(serverId);
   if (!isList) return;
-  for (const cSmlEntry& entry : message.list.entries) telegram["values"].push_back(ToJson(entry));
+  for (const cSmlEntry& entry : message.list.entries) telegram["values"].push_back(ToJson(entry, m_namer));
 }
 
 std::string cExplainer::Json() const {
@@ -152,7 +158,8 @@ std::string cExplainer::Json() const {
   json["incomplete"] = m_result.counts.incomplete;
   json["skipped_bytes"] = m_result.counts.skippedBytes;
   json["telegrams"] = m_telegrams;
-  return json.dump();
+  // Names of rules may be no UTF-8.
+  return json.dump(-1, ' ', false, cJson::error_handler_t::replace);
 }
 
 }  // namespace

@@ -10,20 +10,35 @@
 //
 // A telegram is a frame with both its ends, good when its checksum is right; a capture without transport frames is one
 // telegram, good when it can be read to its end. Texts are exact decimals, "hex:0A01" for octets, "true", "false"; null
-// stands for what the meter did not send.
+// stands for what the meter did not send. "rule" is null, or {"id":1,"name":"Energy","obis":"1-0:1.8.0"} where one of
+// the caller's mapping rules names the value.
 #pragma once
 
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include <gateway/driver/sml/sml_transport.h>
 
 namespace tav::sml {
 
-// The name of an OBIS identifier "A-B:C.D.E*F"; an empty text leaves it to the common names.
-using cObisNamer = std::function<std::string(const std::string& obis)>;
+// What the mapping rules say about an identifier.
+struct cObisNaming {
+  struct cRule {
+    std::uint64_t id = 0;
+    std::string name;
+    std::string obis;
+  };
+
+  std::optional<cRule> rule;       // the one that names it; without one its common name is shown
+  std::vector<std::string> notes;  // for people, a line each
+};
+
+// Asked with every identifier "A-B:C.D.E*F".
+using cObisNamer = std::function<cObisNaming(const std::string& obis)>;
 
 struct cSmlExplanation {
   std::string listing;

@@ -196,13 +196,14 @@ bool cSmlListing::Elements(cSmlCursor& cursor, const cSmlField& list, std::uint3
 
 void cSmlListing::Entry(const cSmlEntry& entry) {
   const std::string obis = ObisText(entry.obis);
-  std::string name = m_namer ? m_namer(obis) : std::string();
-  if (name.empty())
-    if (const char* const common = ObisCommonName(entry.obis)) name = common;
+  const cObisNaming naming = m_namer ? m_namer(obis) : cObisNaming();
+  const char* const common = ObisCommonName(entry.obis);
+  const std::string name = naming.rule ? naming.rule->name : common != nullptr ? common : "";
   const std::string unit = UnitText(entry.unit);
   m_text += "    " + obis + (name.empty() ? "" : " " + name) + " = " +
             (entry.value.IsNumber() ? ValueText(entry.value, entry.scaler.value_or(0)) : Quoted(entry.value)) +
             (unit.empty() ? "" : " " + unit) + '\n';
+  for (const std::string& note : naming.notes) m_text += "      " + note + '\n';
 }
 
 void cSmlListing::Row(std::uint32_t offset, std::uint32_t size, unsigned int depth, const std::string& text) {

@@ -186,12 +186,22 @@ TEST(SmlExplain, SaysWhereAndWhyItStops) {
   EXPECT_THAT(result.listing, HasSubstr("not read, "));
 }
 
-TEST(SmlExplain, AsksForNamesFirst) {
-  const cSmlExplanation result =
-      ExplainSml(Telegram({kEnergy, {PackObis(1, 0, 2, 8, 0), "", "", "", "", "6201", ""}}),
-                 [](const std::string& obis) { return obis == "1-0:1.8.0*255" ? "Bezug" : ""; });
-  EXPECT_THAT(result.listing, HasSubstr("1-0:1.8.0*255 Bezug = 5430157.7 Wh\n"));
-  EXPECT_THAT(result.listing, HasSubstr("1-0:2.8.0*255 active energy export, total = 1\n"));
+TEST(SmlExplain, ShowsWhichRuleNamesAValue) {
+  const cSmlExplanation result = ExplainSml(
+      Telegram({kEnergy, {PackObis(1, 0, 2, 8, 0), "", "", "", "", "6201", ""}}), [](const std::string& obis) {
+        return obis == "1-0:1.8.0*255" ? cObisNaming{{{7, "Bezug", "1-0:1.8.0"}}, {"rule 7", "rule 9 as well"}}
+                                       : cObisNaming{{}, {"none"}};
+      });
+  EXPECT_THAT(result.listing, HasSubstr("1-0:1.8.0*255 Bezug = 5430157.7 Wh\n      rule 7\n      rule 9 as well\n"));
+  EXPECT_THAT(result.listing, HasSubstr("1-0:2.8.0*255 active energy export, total = 1\n      none\n"));
+  const json values = json::parse(result.json).at("telegrams").at(0).at("values");
+  EXPECT_EQ(values.at(0).at("rule").dump(), R"({"id":7,"name":"Bezug","obis":"1-0:1.8.0"})");
+  EXPECT_EQ(values.at(1).at("rule"), nullptr);
+}
+
+TEST(SmlExplain, GivesADocumentWhateverTheNamesOfRulesAre) {
+  const auto namer = [](const std::string&) { return cObisNaming{{{1, "\xFF\"", ""}}, {}}; };
+  EXPECT_TRUE(json::accept(ExplainSml(Telegram({kEnergy}), namer).json));
 }
 
 TEST(SmlExplain, SurvivesEveryDamagedByteAndEveryPrefix) {

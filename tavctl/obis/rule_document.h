@@ -1,0 +1,28 @@
+// SPDX-License-Identifier: Apache-2.0
+// Files of mapping rules, and what is wrong with them.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include <gateway/rules/raw_rule.h>
+#include <gateway/rules/rule_check.h>
+#include <tav/obis/obis_map.h>
+#include <tavctl/context.h>
+
+namespace tav::ctl {
+
+inline constexpr std::size_t kMaxRulesFile = std::size_t{4} << 20;
+
+// The rules of a TOML file, or of standard input for "-". Throws a cFailure that names file and line.
+std::vector<rules::cRawRule> ReadRules(const std::string& file, cContext& context);
+
+// Of rules that have no error.
+cObisMap MapOf(const std::vector<rules::cRawRule>& rules);
+
+// A line beside the output for each finding: "rules.toml:12: warning: rule 7: is never used ...".
+void NoteFindings(const std::vector<rules::cFinding>& findings, const cContext& context);
+// The same as rows of the output.
+void WriteFindings(const std::vector<rules::cFinding>& findings, const cContext& context);
+
+}  // namespace tav::ctl

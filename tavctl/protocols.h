@@ -5,10 +5,12 @@
 #include <string_view>
 
 #include <tav/service/db_ctrl_protocol.h>
+#include <tav/service/device_protocol.h>
 
 namespace tav::ctl {
 
-inline constexpr const cProtocol* kProtocols[] = {&db_ctrl::kProtocol};
+inline constexpr const cProtocol* kProtocols[] = {&db_ctrl::kProtocol, &gsm::kProtocol, &time_service::kProtocol,
+                                                  &ui::kProtocol};
 
 // Null for a service that no table is there for.
 constexpr const cProtocol* FindProtocol(std::string_view service) {

@@ -19,7 +19,8 @@ class cServiceLink final : public vorn::cScmServiceIO {
   // To the service of the protocol. Throws a cFailure when it cannot be reached.
   cServiceLink(cContext& context, const cProtocol& protocol);
 
-  // The answer to a request of the protocol that has one. A cFailure: it was refused, and why; or there was none.
+  // The answer to a request of the protocol that has one. A cFailure: it was refused, and why; or there was none. Where
+  // answer and refusal have one number, a "reason" tells them apart.
   vorn::cRecord Ask(unsigned int type, const vorn::cRecord& request);
 
   void OnClose() override;

@@ -4,6 +4,7 @@
 #include <iterator>
 #include <utility>
 
+#include <gateway/service/device/modem_manager.h>
 #include <gateway/service/device/simulated_modem.h>
 #include <tav/framework/trace.h>
 #include <tav/service/device_protocol.h>
@@ -20,7 +21,8 @@ constexpr const char* kStopped = "a later request has stopped it";
 
 constexpr const char* kStates[] = {"off", "connecting", "connected", "failed", "disconnecting"};
 
-std::unique_ptr<cModem> MakeModem(cServiceHost* host, const cGsmOptions& /*options*/) {
+std::unique_ptr<cModem> MakeModem(cServiceHost* host, const cGsmOptions& options) {
+  if (options.modem == kModemManager) return std::make_unique<cModemManager>(host, options.busAddress);
   return std::make_unique<cSimulatedModem>(host);
 }
 

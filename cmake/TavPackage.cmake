@@ -8,7 +8,9 @@ set(CPACK_PACKAGE_CONTACT "the tav maintainers")
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_SECTION misc)
-# The C and C++ run time and SQLite, in the versions built against.
+# The C and C++ run time, SQLite, libgpiod and libsystemd, in the versions built against. ModemManager, which the modem's
+# service asks over D-Bus, is wanted on few machines only.
+set(CPACK_DEBIAN_PACKAGE_SUGGESTS modemmanager)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
 set(CPACK_STRIP_FILES ON)

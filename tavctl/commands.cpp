@@ -35,17 +35,10 @@ std::vector<std::unique_ptr<cCommand>> Make() {
 }  // namespace
 
 std::vector<std::unique_ptr<cCommand>> MakeCommands() {
-<<<<<<< HEAD
   return Make<cServicesCommand, cMetersCommand, cMeterStatusCommand, cStatusCommand, cLastCommand, cValuesCommand,
               cEventsCommand, cStoreCommand, cStatsCommand, cSqlCommand, cWatchCommand, cMonitorCommand,
               cInterfaceCommand, cMeterCommand, cCollectorCommand, cPushTargetCommand, cTemplateCommand, cConfigCommand,
-              cDeviceCommand, cManifestCommand, cExplainCommand, cProtocolCommand, cCompletionCommand>();
-=======
-  return Make<cServicesCommand, cMetersCommand, cStatusCommand, cLastCommand, cValuesCommand, cEventsCommand,
-              cStoreCommand, cStatsCommand, cSqlCommand, cWatchCommand, cMonitorCommand, cInterfaceCommand,
-              cMeterCommand, cCollectorCommand, cPushTargetCommand, cTemplateCommand, cConfigCommand, cObisCommand, cDeviceCommand,
-              cManifestCommand, cExplainCommand, cProtocolCommand, cCompletionCommand>();
->>>>>>> w-rules
+              cObisCommand, cDeviceCommand, cManifestCommand, cExplainCommand, cProtocolCommand, cCompletionCommand>();
 }
 
 }  // namespace tav::ctl

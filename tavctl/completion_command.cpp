@@ -2,6 +2,7 @@
 #include <tavctl/completion_command.h>
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <set>
 #include <span>
 
@@ -20,12 +21,9 @@ struct cArgument {
 
 constexpr cArgument kArguments[] = {{"METER", "meters"}, {"SERVICE", "services"}, {"NAME", "store"}};
 // The same for the words behind a command that takes an action.
-constexpr cArgument kThings[] = {{"INTERFACE", "interface list"},
-                                 {"METER", "meter list"},
-                                 {"METER/NAME", "meter list"},
-                                 {"PUSH-TARGET", "push-target list"},
-                                 {"TEMPLATE", "template list"},
-                                 {"RULE", "obis list"}};
+constexpr cArgument kThings[] = {{"INTERFACE", "interface list"}, {"METER", "meter list"},
+                                 {"METER/NAME", "meter list"},    {"PUSH-TARGET", "push-target list"},
+                                 {"TEMPLATE", "template list"},   {"RULE", "obis list"}};
 
 // Names come from meters: they are compared and quoted, and never expanded by the shell.
 constexpr const char* kHead = R"bash(# bash completion of tavctl, made by: tavctl completion bash
@@ -94,10 +92,17 @@ std::string Joined(const Words& words, const char* separator) {
   return text;
 }
 
-// What stands in place of an option: a list to ask for, "files", or a word.
+// "on|off" as words.
+std::string Spaced(std::string choices) {
+  std::replace(choices.begin(), choices.end(), '|', ' ');
+  return choices;
+}
+
+// What stands in place of an option: a list to ask for, "files", or words.
 std::string ArgumentWords(const CLI::Option& argument, std::span<const cArgument> lists) {
   const std::string name = argument.get_name(true);
   if (name == "FILE" || name == "FOLDER") return " list=files";
+  if (name.find('|') != std::string::npos) return " words+=\" " + Spaced(name) + "\"";
   if (name == "SHELL") return " words+=\" bash\"";
   for (const cArgument& known : lists)
     if (known.name == name) return " list='" + std::string(known.list) + "'";
@@ -113,7 +118,7 @@ std::string CommandCase(const std::string& pattern, const CLI::App& command, Wor
   AddOptionWords(command, words);
   std::string argument;
   for (const CLI::Option* option : command.get_options())
-    if (option->get_positional() && argument.empty()) argument = ArgumentWords(*option, lists);
+    if (option->get_positional()) argument += ArgumentWords(*option, lists);
   return Case(pattern, words, argument);
 }
 

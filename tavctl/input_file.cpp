@@ -52,6 +52,12 @@ std::string ReadInput(const std::string& name, std::istream& in, std::size_t mos
   return ReadAll(file, name, most);
 }
 
+std::string ReadValue(const std::string& name, std::istream& in, std::size_t most) {
+  std::string text = ReadInput(name, in, most);
+  while (!text.empty() && (text.back() == '\n' || text.back() == '\r')) text.pop_back();
+  return text;
+}
+
 void WriteFile(const std::string& name, const std::string& bytes) {
   const std::string fresh = name + ".new";
   const int file = open(fresh.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600);

@@ -19,7 +19,8 @@ void cMonitorCommand::AddOptions(CLI::App& app) {
   AddArgument(app, "SERVICE", m_options.service, "Name of the service; see tavctl services", eNeed::Required);
   AddText(app, "--filter", m_options.filter, "Only messages with this text in their name or in a parameter's name");
   AddNumber(app, "--count", m_options.count, "End after so many messages, 0: never (default 0)");
-  AddFlag(app, "--secrets", m_options.secrets, "Show the values of parameters named key or password");
+  AddFlag(app, "--secrets", m_options.secrets,
+          "Show the values of parameters that hold keys, passwords, PINs and users");
 }
 
 eExit cMonitorCommand::Run(cContext& context) {

@@ -2,6 +2,7 @@
 #include <tavctl/options.h>
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 
@@ -28,16 +29,7 @@ std::optional<Number> Parse(const std::string& text) {
 
 void AddParsed(CLI::App& app, const char* name, const char* type, const std::string& help,
                const std::function<void(const std::string&)>& parse) {
-  app.add_option_function<std::string>(name, parse, help)->type_name(type);
-}
-
-void AddTime(CLI::App& app, const char* name, std::optional<unsigned int>& value, const char* help) {
-  AddParsed(app, name, "TIME", help, [name, &value](const std::string& text) {
-    unsigned int seconds = 0;
-    std::string error;
-    if (!ParseTime(text, vorn::cTime::Now().GetSeconds(), seconds, error)) throw CLI::ValidationError(name, error);
-    value = seconds;
-  });
+  app.add_option_function<std::string>(name, parse, help)->type_name(*name == '-' ? type : "");
 }
 
 }  // namespace
@@ -73,6 +65,27 @@ void AddSeconds(CLI::App& app, const char* name, unsigned int& milliseconds, con
   });
 }
 
+void AddTime(CLI::App& app, const char* name, std::optional<unsigned int>& value, const std::string& help) {
+  AddParsed(app, name, "TIME", help, [name, &value](const std::string& text) {
+    unsigned int seconds = 0;
+    std::string error;
+    if (!ParseTime(text, vorn::cTime::Now().GetSeconds(), seconds, error)) throw CLI::ValidationError(name, error);
+    value = seconds;
+  });
+}
+
+void AddChoice(CLI::App& app, std::span<const std::string_view> words, std::optional<unsigned int>& value,
+               const std::string& help, eNeed need) {
+  std::string name;
+  for (const std::string_view word : words) name.append(name.empty() ? "" : "|").append(word);
+  const auto choose = [name, words, &value](const std::string& text) {
+    const auto found = std::find(words.begin(), words.end(), text);
+    if (found == words.end()) Expected(name.c_str(), "one of these", text);
+    value = static_cast<unsigned int>(found - words.begin());
+  };
+  app.add_option_function<std::string>(name, choose, help)->type_name("")->required(need == eNeed::Required);
+}
+
 void AddTimeRange(CLI::App& app, cTimeRange& range) {
   AddTime(app, "--from", range.from, "Not before this time");
   AddTime(app, "--to", range.to, "Not after this time");
@@ -83,6 +96,11 @@ CLI::App& AddAction(CLI::App& app, const char* name, const char* help) {
   return *app.add_subcommand(name, help);
 }
 
-std::string ChosenAction(const CLI::App& app) { return app.get_subcommands().front()->get_name(); }
+void AllowNoAction(CLI::App& app) { app.require_subcommand(0, 1); }
+
+std::string ChosenAction(const CLI::App& app) {
+  const auto chosen = app.get_subcommands();
+  return chosen.empty() ? std::string() : chosen.front()->get_name();
+}
 
 }  // namespace tav::ctl

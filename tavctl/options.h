@@ -5,7 +5,9 @@
 
 #include <cstdint>
 #include <optional>
+#include <span>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace CLI {
@@ -34,9 +36,17 @@ struct cTimeRange {
 };
 void AddTimeRange(CLI::App& app, cTimeRange& range);
 
+// A word out of a list, kept as its place in it. Help and completion show the words.
+void AddChoice(CLI::App& app, std::span<const std::string_view> words, std::optional<unsigned int>& value,
+               const std::string& help, eNeed need);
+// In any form of ParseTime; seconds UTC.
+void AddTime(CLI::App& app, const char* name, std::optional<unsigned int>& value, const std::string& help);
+
 // A word behind a command that says what to do, as "list" behind "meter"; one of them has to be there.
 CLI::App& AddAction(CLI::App& app, const char* name, const char* help);
-// The one that was chosen.
+// Lets a command with actions do something without one.
+void AllowNoAction(CLI::App& app);
+// The one that was chosen; empty: none.
 std::string ChosenAction(const CLI::App& app);
 
 }  // namespace tav::ctl

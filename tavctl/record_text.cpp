@@ -1,8 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <tavctl/record_text.h>
 
+#include <algorithm>
+#include <iterator>
 #include <nlohmann/json.hpp>
+#include <string_view>
 
+#include <tav/service/device_protocol.h>
 #include <tavctl/time_text.h>
 #include <tavctl/utf8.h>
 
@@ -13,6 +17,9 @@ namespace {
 using cJson = nlohmann::ordered_json;
 
 constexpr const char* kMasked = "***";
+
+// Of meters and push targets; behind them those of the mobile modem.
+constexpr std::string_view kSecretNames[] = {"key", "password", device::kMobilePin, device::kUser, device::kPassword};
 
 std::string Quoted(std::string_view text) {
   std::string quoted = "\"";
@@ -41,7 +48,8 @@ std::string HexDigits(const vorn::cRecordPar& parameter) {
 
 bool cRecordText::IsMasked(const vorn::cRecordPar& parameter) const {
   const std::string_view name = parameter.GetNameView();
-  return m_secrets == eSecrets::Mask && (name == "key" || name == "password");
+  return m_secrets == eSecrets::Mask &&
+         std::find(std::begin(kSecretNames), std::end(kSecretNames), name) != std::end(kSecretNames);
 }
 
 std::string cRecordText::Value(const vorn::cRecordPar& parameter) const {

@@ -20,7 +20,7 @@ class cRecordText {
 
   enum class eSecrets { Show, Mask };
 
-  // Mask: the values of parameters named "key" or "password" are shown as "***".
+  // Mask: the values of parameters that hold secrets ("key", "password", "MobilePin", ...) are shown as "***".
   explicit cRecordText(eSecrets secrets = eSecrets::Show) : m_secrets(secrets) {}
 
   // name="text" number=1 nested={name="text"}

@@ -55,10 +55,11 @@ vorn::cRecord cServiceLink::Ask(unsigned int type, const vorn::cRecord& request)
   const cProtocolMessage* const asked = m_protocol.Find(type);
   const unsigned int answered = m_answer->GetType();
   const vorn::cRecord& record = m_answer->Record();
-  if (answered == asked->answer) return record;
-  throw cFailure(eExitRefused, Describe(answered == asked->refusal
-                                            ? "refused " + question + ": " + ForTerminal(record.GetTextPar(kReason))
-                                            : "answered " + question + " with " + MessageName(m_protocol, answered)));
+  const bool refused = answered == asked->refusal && (answered != asked->answer || record.GetPar(kReason).IsValid());
+  if (answered == asked->answer && !refused) return record;
+  throw cFailure(eExitRefused,
+                 Describe(refused ? "refused " + question + ": " + ForTerminal(record.GetTextPar(kReason))
+                                  : "answered " + question + " with " + MessageName(m_protocol, answered)));
 }
 
 void cServiceLink::SendQuestion(unsigned int type, const vorn::cRecord& request) {

@@ -20,7 +20,8 @@ class cServiceLink final : public vorn::cScmServiceIO {
   // To the service of the protocol. Throws a cFailure when it cannot be reached.
   cServiceLink(cContext& context, const cProtocol& protocol);
 
-  // The answer to a request of the protocol that has one. A cFailure: it was refused, and why; or there was none.
+  // The answer to a request of the protocol that has one. A cFailure: it was refused, and why; or there was none. Where
+  // answer and refusal have one number, a "reason" tells them apart.
   vorn::cRecord Ask(unsigned int type, const vorn::cRecord& request);
   // Called with everything that is no answer.
   void SetListener(std::function<void(const vorn::cMsg&)> listener) { m_listener = std::move(listener); }

@@ -51,6 +51,25 @@ std::string TakeMaxMegabytes(const toml::node& value, cOptions& options) {
   return {};
 }
 
+std::string TakeText(const toml::node& value, std::string& text) {
+  const auto given = value.value_exact<std::string>();
+  if (!given) return Expected("a text");
+  text = *given;
+  return {};
+}
+
+template <auto Section, auto Field>
+std::string TakeDeviceText(const toml::node& value, cOptions& options) {
+  return TakeText(value, options.*Section.*Field);
+}
+
+std::string TakeRelayLine(const toml::node& value, cOptions& options) {
+  const auto line = value.value_exact<std::int64_t>();
+  if (!line || *line < 0 || *line > 0xFFFF) return Expected("the number of a line from 0 to 65535");
+  options.ui.relayLine = static_cast<unsigned int>(*line);
+  return {};
+}
+
 struct cKnownKey {
   const char* section;
   const char* key;
@@ -63,6 +82,14 @@ constexpr cKnownKey kKnownKeys[] = {
     {"data", "max-megabytes", TakeMaxMegabytes},
     {"gateway", "dir", TakeDir},
     {"gateway", "trace", TakeTrace},
+    {"gsm", "modem", TakeDeviceText<&cOptions::gsm, &cGsmOptions::modem>},
+    {"time", "clock", TakeDeviceText<&cOptions::time, &cTimeOptions::clock>},
+    {"ui", "led-meter-1", TakeDeviceText<&cOptions::ui, &cUiOptions::ledMeter1>},
+    {"ui", "led-meter-2", TakeDeviceText<&cOptions::ui, &cUiOptions::ledMeter2>},
+    {"ui", "led-wan", TakeDeviceText<&cOptions::ui, &cUiOptions::ledWan>},
+    {"ui", "leds", TakeDeviceText<&cOptions::ui, &cUiOptions::leds>},
+    {"ui", "relay-chip", TakeDeviceText<&cOptions::ui, &cUiOptions::relayChip>},
+    {"ui", "relay-line", TakeRelayLine},
 };
 
 std::string At(const std::string& file, const toml::source_region& source) {
@@ -89,6 +116,15 @@ std::string TakeSection(const std::string& file, std::string_view section, const
   return {};
 }
 
+// What the services say of their keys together.
+std::string CheckDevices(const std::string& file, const cOptions& options) {
+  const std::pair<const char*, std::string> faults[] = {
+      {"gsm", options.gsm.Check()}, {"time", options.time.Check()}, {"ui", options.ui.Check()}};
+  for (const auto& [section, fault] : faults)
+    if (!fault.empty()) return file + ": section \"" + section + "\": " + fault;
+  return {};
+}
+
 std::string TakeAll(const std::string& file, const toml::table& root, cOptions& options) {
   for (const auto& [name, node] : root) {
     const toml::table* section = node.as_table();
@@ -96,7 +132,7 @@ std::string TakeAll(const std::string& file, const toml::table& root, cOptions& 
       return At(file, node.source()) + "\"" + std::string(name.str()) + "\": there is no such section";
     if (std::string error = TakeSection(file, name.str(), *section, options); !error.empty()) return error;
   }
-  return {};
+  return CheckDevices(file, options);
 }
 
 }  // namespace

@@ -8,6 +8,9 @@
 #include <string>
 
 #include <gateway/database/database.h>
+#include <gateway/service/device/gsm_server.h>
+#include <gateway/service/device/time_server.h>
+#include <gateway/service/device/ui_server.h>
 
 namespace tav::gateway {
 
@@ -20,7 +23,10 @@ struct cOptions {
   std::string dataFile = "tav.db";  // relative to the directory of the database
   data::eDurability durability = data::eDurability::Full;
   std::uint64_t maxMegabytes = 0;  // of the database; 0: no limit
-  int trace = 4;                   // level of all trace units
+  cUiOptions ui;
+  cTimeOptions time;
+  cGsmOptions gsm;
+  int trace = 4;  // level of all trace units
 
   // Where sockets and database stand.
   std::string GetSocketDirectory() const;  // empty: the framework's default

@@ -3,6 +3,9 @@
 
 #include <gateway/rules/default_rules.h>
 #include <gateway/service/data/data_server.h>
+#include <gateway/service/device/gsm_server.h>
+#include <gateway/service/device/time_server.h>
+#include <gateway/service/device/ui_server.h>
 #include <gateway/service/obis/obis_server.h>
 #include <gateway/service/status/status_server.h>
 
@@ -118,6 +121,22 @@ class cHostedStatus final : public cHostedService {
   std::optional<cStatusServer> m_server;
 };
 
+// A device service. The time of day is no news, and left out.
+template <typename Server, auto Options>
+class cHostedDevice final : public cHostedService {
+ public:
+  cHostedDevice(cServiceHost* host, const cOptions& options) : m_server(host, options.*Options) {}
+
+  eExitCode Start(std::string& error) override { return Listen(m_server, error); }
+  void Collect(cStatusValues& values) const override {
+    for (const auto& [name, value] : m_server.GetState())
+      if (name != "utc" && name != "relay.back-in") values.Set(name, value);
+  }
+
+ private:
+  Server m_server;
+};
+
 template <typename Service>
 std::unique_ptr<cHostedService> Make(cServiceHost* host, const cOptions& options) {
   return std::make_unique<Service>(host, options);
@@ -127,6 +146,9 @@ constexpr cServiceKind kKinds[] = {
     {"data", "the database control service", Make<cHostedData>},
     {"obis", "the OBIS map service", Make<cHostedObis>},
     {"status", "the status service", Make<cHostedStatus>},
+    {"ui", "the service of lights and relay", Make<cHostedDevice<cUiServer, &cOptions::ui>>},
+    {"time-service", "the time service", Make<cHostedDevice<cTimeServer, &cOptions::time>>},
+    {"gsm", "the service of the mobile modem", Make<cHostedDevice<cGsmServer, &cOptions::gsm>>},
 };
 
 }  // namespace

@@ -27,11 +27,18 @@ inline constexpr cProtocolKey kRelayMode {"mode",      vorn::eParUInt,   "0 open
 inline constexpr cProtocolKey kRow       {"row",       vorn::eParRecord, "one value of the state: texts name, value"};
 inline constexpr cProtocolKey kTimeout   {"timeout",   vorn::eParUInt,   "seconds until the relay goes back to the mode it had, 0: it stays"};
 inline constexpr cProtocolKey kUser      {"User",      vorn::eParText,   "user at the access point, or empty"};
+inline constexpr cProtocolKey kValue     {"value",     vorn::eParText,   "the value, as text"};
 // clang-format on
 
 }  // namespace device
 
 namespace ui {
+
+// ---- words for the numbers that lights, their modes and the relay's modes are; the number is the place in the list
+
+inline constexpr std::string_view kLeds[] = {"wan", "meter-1", "meter-2"};
+inline constexpr std::string_view kLedModes[] = {"on", "off", "blink", "try", "error", "flash"};
+inline constexpr std::string_view kRelayModes[] = {"open", "closed"};
 
 // ---- message numbers; never reused
 
@@ -109,12 +116,13 @@ namespace gsm {
 
 // clang-format off
 enum eMessage : unsigned int {
-  eStart    = 0x12000,
-  eStarted  = 0x12001,
-  eStop     = 0x12002,
-  eStopped  = 0x12003,
-  eGetState = 0x12010,
-  eState    = 0x12011,
+  eStart      = 0x12000,
+  eStarted    = 0x12001,
+  eStop       = 0x12002,
+  eStopped    = 0x12003,
+  eStopFailed = 0x12004,
+  eGetState   = 0x12010,
+  eState      = 0x12011,
 };
 
 // ---- messages
@@ -122,7 +130,7 @@ enum eMessage : unsigned int {
 inline constexpr cProtocolMessage kMessages[] = {
   {eStart,    "start",         eToService, {{device::kMobilePin}, {device::kApn}, {device::kUser}, {device::kPassword}}, eStarted, eStarted,     "start the mobile data connection"},
   {eStarted,  "started",       eToClient,  {{device::kReason, eOptional}},                                               0,        0,            "the connection is being made, or with a reason it is not"},
-  {eStop,     "stop",          eToService, {},                                                                           eStopped, eStopped + 1, "end the mobile data connection"},
+  {eStop,     "stop",          eToService, {},                                                                           eStopped, eStopFailed,  "end the mobile data connection"},
   {eGetState, "get-gsm-state", eToService, {},                                                                           eState,   eState + 1,   "ask how the modem is"},
   {eState,    "gsm-state",     eToClient,  {{device::kRow, eRepeated}},                                                  0,        0,            "how the modem is"},
 };

@@ -1,26 +1,16 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <tavctl/config/assignment.h>
 
-#include <cerrno>
-#include <cstring>
-#include <fstream>
-#include <iterator>
+#include <cstddef>
+
+#include <tavctl/input_file.h>
 
 namespace tav::ctl {
 
 namespace {
 
-std::string TextOf(std::istream& in) {
-  std::string text{std::istreambuf_iterator<char>(in), {}};
-  while (!text.empty() && (text.back() == '\n' || text.back() == '\r')) text.pop_back();
-  return text;
-}
-
-std::string FileText(const std::string& name) {
-  std::ifstream in(name, std::ios::binary);
-  if (!in) throw cFailure(eExitFile, name + ": cannot be read: " + std::strerror(errno));
-  return TextOf(in);
-}
+// More than any field takes.
+constexpr std::size_t kMaxValue = std::size_t{1} << 20;
 
 }  // namespace
 
@@ -32,10 +22,8 @@ cAssignment ReadAssignment(const std::string& word, std::istream& in) {
   std::string& value = assignment.value;
   if (value.rfind("@@", 0) == 0)
     value.erase(0, 1);
-  else if (value == "@-")
-    value = TextOf(in);
   else if (value.rfind('@', 0) == 0)
-    value = FileText(value.substr(1));
+    value = ReadValue(value.substr(1), in, kMaxValue);
   return assignment;
 }
 

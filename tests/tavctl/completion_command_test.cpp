@@ -48,6 +48,10 @@ TEST_F(CompletionCommand, OffersWhatStandsBehindAnAction) {
   EXPECT_THAT(Offers("tavctl template e"), ElementsAre("export"));
   EXPECT_THAT(Offers("tavctl meter show --s"), ElementsAre("--secrets"));
   EXPECT_THAT(Offers("tavctl meter set --s"), IsEmpty());
+  EXPECT_THAT(Offers("tavctl device led m"), ElementsAre("meter-1", "meter-2"));
+  EXPECT_THAT(Offers("tavctl device led wan bl"), ElementsAre("blink"));
+  EXPECT_THAT(Offers("tavctl device modem start --a"), ElementsAre("--apn"));
+  EXPECT_THAT(Offers("tavctl device re"), ElementsAre("relay"));
   cOutput set = Run({"interface", "set", "SIM", "enabled=true"});
   ASSERT_EQ(set.exit, eExitDone) << set.err;
   EXPECT_THAT(Offers(InDirectory("interface show S")), ElementsAre("SIM"));

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // docs/tavctl.md tells of everything that tavctl has.
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <fstream>
 
 #include <tests/tavctl/tavctl_world.h>
@@ -10,9 +11,12 @@ namespace {
 
 using testing::HasSubstr;
 
+// Without the backslashes that keep a "|" from ending a cell.
 std::string Page() {
   std::ifstream in(TAV_SOURCE_DIR "/docs/tavctl.md");
-  return {std::istreambuf_iterator<char>(in), {}};
+  std::string page{std::istreambuf_iterator<char>(in), {}};
+  page.erase(std::remove(page.begin(), page.end(), '\\'), page.end());
+  return page;
 }
 
 TEST(Document, NamesEveryCommandWithItsOptions) {

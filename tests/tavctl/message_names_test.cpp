@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <tav/service/db_ctrl_protocol.h>
+#include <tav/service/device_protocol.h>
 
 namespace tav::ctl {
 namespace {
@@ -13,6 +14,12 @@ TEST(MessageNames, ComeFromTheTableOfTheService) {
   EXPECT_EQ(names.NameOf(db_ctrl::eStoreMeterRec), "store-meter-records");
   EXPECT_EQ(names.NameOf(db_ctrl::eSetInterface + 1), "set-interface-done");
   EXPECT_EQ(names.NameOf(0x5fffe), "0x5fffe");
+}
+
+TEST(MessageNames, KnowTheDeviceServices) {
+  EXPECT_EQ(cMessageNames("ui").NameOf(ui::eSwitchLed), "switch-led");
+  EXPECT_EQ(cMessageNames("time-service").NameOf(time_service::eSetTimeFailed), "set-time-failed");
+  EXPECT_EQ(cMessageNames("gsm").NameOf(gsm::eStarted), "started");
 }
 
 TEST(MessageNames, AreNumbersForAServiceWithoutATable) {

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 #include <tav/service/db_ctrl_protocol.h>
 #include <tavctl/protocol_page.h>
+#include <tavctl/protocols.h>
 
 #include <fstream>
 #include <sstream>
@@ -9,12 +10,15 @@
 namespace {
 
 TEST(ProtocolPage, IsWhatTheDocumentsShow) {
-  std::ifstream file(TAV_SOURCE_DIR "/docs/protocol/data.md");
-  ASSERT_TRUE(file) << "docs/protocol/data.md is missing; make it with: tavctl protocol data > docs/protocol/data.md";
-  std::stringstream page;
-  page << file.rdbuf();
-  EXPECT_EQ(page.str(), tav::ctl::ProtocolPage(tav::db_ctrl::kProtocol))
-      << "refresh it with: tavctl protocol data > docs/protocol/data.md";
+  for (const tav::cProtocol* protocol : tav::ctl::kProtocols) {
+    const std::string service(protocol->GetService());
+    const std::string command = "tavctl protocol " + service + " > docs/protocol/" + service + ".md";
+    std::ifstream file(TAV_SOURCE_DIR "/docs/protocol/" + service + ".md");
+    EXPECT_TRUE(file) << "there is no such page; make it with: " << command;
+    std::stringstream page;
+    page << file.rdbuf();
+    EXPECT_EQ(page.str(), tav::ctl::ProtocolPage(*protocol)) << "refresh it with: " << command;
+  }
 }
 
 TEST(ProtocolPage, NamesEveryMessageAndParameter) {

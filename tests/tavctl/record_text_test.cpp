@@ -85,6 +85,16 @@ TEST_F(RecordText, MasksKeysAndPasswordsAtAnyDepth) {
   EXPECT_NE(cRecordText().AsLine(record).find("s3cret"), std::string::npos);
 }
 
+TEST_F(RecordText, MasksWhatTheMobileModemIsToldInSecret) {
+  vorn::cRecord record = Nested("MobilePin", "1234");
+  record.AppendTextPar("APN", "internet");
+  record.AppendTextPar("User", "jane");
+  record.AppendTextPar("Password", "s3cret");
+  const cRecordText masked(cRecordText::eSecrets::Mask);
+  EXPECT_EQ(masked.AsLine(record), "MobilePin=*** APN=\"internet\" User=*** Password=***");
+  EXPECT_EQ(masked.AsJson(record).dump(), R"({"MobilePin":"***","APN":"internet","User":"***","Password":"***"})");
+}
+
 TEST_F(RecordText, CutsLongDataForPeopleOnly) {
   const std::string bytes(cRecordText::kMaxData + 1, '\xFF');
   vorn::cRecord record;

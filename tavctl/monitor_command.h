@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
-// tavctl monitor: the messages between a service and its clients, as they travel.
+// tavctl monitor: the messages between services and their clients, as they travel.
 #pragma once
+
+#include <memory>
+#include <vector>
 
 #include <tavctl/command.h>
 #include <tavctl/monitor_view.h>
@@ -9,11 +12,15 @@ namespace tav::ctl {
 
 class cMonitorCommand final : public cCommand {
  public:
-  cMonitorCommand() : cCommand("monitor", "Show the messages of a service as they travel, until Ctrl-C") {}
+  cMonitorCommand() : cCommand("monitor", "Show the messages of services as they travel, until Ctrl-C") {}
   void AddOptions(CLI::App& app) override;
   eExit Run(cContext& context) override;
 
  private:
+  using Views = std::vector<std::unique_ptr<cMonitorView>>;
+
+  Views Watch(cContext& context, cMonitorOutput& output) const;
+
   cMonitorOptions m_options;
 };
 

@@ -1,36 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <tavctl/monitor_view.h>
 
-#include <limits>
-#include <nlohmann/json.hpp>
-
-#include <tav/framework/helper.h>
-#include <tav/framework/time.h>
-#include <tavctl/time_text.h>
-#include <tavctl/utf8.h>
-
 namespace tav::ctl {
 
-namespace {
-
-using cJson = nlohmann::ordered_json;
-
-std::string Now() { return FormatTime(vorn::cTime::Now().GetSeconds()); }
-
-}  // namespace
-
-cMonitorView::cMonitorView(cContext& context, const cMonitorOptions& options)
-    : cScmMonitor(&context.service, options.service),
-      m_context(context),
-      m_names(options.service),
-      m_filter(options.filter),
-      m_text(options.secrets ? cRecordText::eSecrets::Show : cRecordText::eSecrets::Mask),
-      m_json(context.streams.out, {}),
-      m_left(options.count != 0 ? options.count : std::numeric_limits<std::uint64_t>::max()) {}
-
-void cMonitorView::End() {
-  if (m_context.json) m_json.End();
-}
+cMonitorView::cMonitorView(cContext& context, const std::string& service, cMonitorOutput& output)
+    : cScmMonitor(&context.service, service), m_context(context), m_names(service), m_output(output) {}
 
 void cMonitorView::OnWatching() { m_context.Note("watching service '" + GetName() + "'"); }
 
@@ -38,40 +12,6 @@ void cMonitorView::OnRefused(const std::string& reason) { m_refusal = reason; }
 
 void cMonitorView::OnClose() { m_context.Note("service '" + GetName() + "' has ended; waiting for it"); }
 
-void cMonitorView::OnMirrored(const vorn::cScmMirrored& mirrored) {
-  const std::string name = m_names.NameOf(mirrored.msg.GetType());
-  if (m_left == 0 || !m_filter.Wants(name, mirrored.msg.Record())) return;
-  --m_left;
-  if (m_context.json)
-    ShowJson(mirrored, name, m_names.FaultOf(mirrored.msg));
-  else
-    ShowText(mirrored, name, m_names.FaultOf(mirrored.msg));
-  m_context.streams.out.flush();
-}
-
-// 2024-03-01T13:00:00+01:00  ehzif[123] -> data  store-meter-records  6ba7b810-...
-void cMonitorView::ShowText(const vorn::cScmMirrored& mirrored, const std::string& name, const std::string& fault) {
-  std::ostream& out = m_context.streams.out;
-  out << Now() << "  " << ForTerminal(mirrored.processName) << '[' << mirrored.pid << ']'
-      << (mirrored.incoming ? " -> " : " <- ") << GetName() << "  " << name;
-  if (mirrored.msg.GetId().IsValid()) out << "  " << mirrored.msg.GetId().ToString();
-  out << '\n' << m_text.AsLines(mirrored.msg.Record(), 2);
-  if (!fault.empty()) out << "  ! " << ForTerminal(fault) << '\n';
-}
-
-void cMonitorView::ShowJson(const vorn::cScmMirrored& mirrored, const std::string& name, const std::string& fault) {
-  const vorn::cUuid& id = mirrored.msg.GetId();
-  cJson row;
-  row["time"] = Now();
-  row["direction"] = mirrored.incoming ? "in" : "out";
-  row["process"] = ToUtf8(mirrored.processName);
-  row["pid"] = mirrored.pid;
-  row["message"] = name;
-  row["type"] = mirrored.msg.GetType();
-  row["id"] = id.IsValid() ? cJson(id.ToString()) : cJson(nullptr);
-  row["record"] = m_text.AsJson(mirrored.msg.Record());
-  row["fault"] = fault.empty() ? cJson(nullptr) : cJson(fault);
-  m_json.Write(row);
-}
+void cMonitorView::OnMirrored(const vorn::cScmMirrored& mirrored) { m_output.Show(GetName(), m_names, mirrored); }
 
 }  // namespace tav::ctl

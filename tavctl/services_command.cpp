@@ -2,17 +2,13 @@
 #include <tavctl/services_command.h>
 
 #include <algorithm>
-#include <filesystem>
 
 #include <tav/framework/scm_service_io.h>
-#include <tavctl/failure.h>
 #include <tavctl/socket_probe.h>
 
 namespace tav::ctl {
 
 namespace {
-
-namespace fs = std::filesystem;
 
 constexpr cColumn kColumns[] = {
     {"service", "SERVICE"}, {"state", "STATE"}, {"process", "PROCESS"}, {"pid", "PID", eForm::Number}};
@@ -28,19 +24,9 @@ struct cFound {
   bool IsDecided() const { return !link || link->IsConnected(); }
 };
 
-std::vector<std::string> NamesIn(const std::string& directory) {
-  std::error_code error;
-  std::vector<std::string> names;
-  for (fs::directory_iterator at(directory, error), end; !error && at != end; at.increment(error))
-    if (at->path().extension() == ".sock") names.push_back(at->path().stem());
-  if (error) throw cFailure(eExitUnreachable, "directory " + directory + ": " + error.message() + "; is --dir right?");
-  std::sort(names.begin(), names.end());
-  return names;
-}
-
 std::vector<cFound> Find(vorn::cScmService& service) {
   std::vector<cFound> all;
-  for (const std::string& name : NamesIn(service.GetDirectory())) {
+  for (const std::string& name : ServiceNames(service.GetDirectory())) {
     cFound found{name, ProbeSocket(service.GetSocketPath(name)), nullptr};
     if (found.probe.state == eSocket::Listening) found.link = std::make_unique<vorn::cScmServiceIO>(&service, name);
     all.push_back(std::move(found));

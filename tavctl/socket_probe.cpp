@@ -5,8 +5,12 @@
 #include <sys/un.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <filesystem>
+
+#include <tavctl/failure.h>
 
 namespace tav::ctl {
 
@@ -46,6 +50,16 @@ cProbe ProbeSocket(const std::string& path) {
     default:
       return {eSocket::Unusable, "cannot connect to " + path + ": " + std::strerror(reason)};
   }
+}
+
+std::vector<std::string> ServiceNames(const std::string& directory) {
+  std::error_code error;
+  std::vector<std::string> names;
+  for (std::filesystem::directory_iterator at(directory, error), end; !error && at != end; at.increment(error))
+    if (at->path().extension() == ".sock") names.push_back(at->path().stem());
+  if (error) throw cFailure(eExitUnreachable, "directory " + directory + ": " + error.message() + "; is --dir right?");
+  std::sort(names.begin(), names.end());
+  return names;
 }
 
 }  // namespace tav::ctl

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 namespace tav::ctl {
 
@@ -20,5 +21,9 @@ struct cProbe {
 };
 
 cProbe ProbeSocket(const std::string& path);
+
+// The services that have a socket in the directory, in the order of their names. Throws a cFailure when it cannot be
+// read.
+std::vector<std::string> ServiceNames(const std::string& directory);
 
 }  // namespace tav::ctl

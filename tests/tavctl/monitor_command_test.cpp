@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <csignal>
+#include <set>
 
 #include <tav/framework/watch.h>
 #include <tests/support/raw_socket.h>
@@ -98,6 +99,17 @@ TEST_F(MonitorCommand, SaysWhatAMessageLacks) {
   EXPECT_TRUE(rows[requestFirst ? 1 : 0]["fault"].is_null());
 }
 
+TEST_F(MonitorCommand, ShowsTheClientsOfAProcessOnly) {
+  const auto rows = Run({"--json", "monitor", "data", "--count", "2", "--process", "tavctl_test"}).Json();
+  EXPECT_EQ(rows.size(), 2u);
+  std::size_t asked = 0;
+  m_client.onMessage = [&](const vorn::cMsg&) {
+    if (++asked == 20) raise(SIGINT);
+    Ask();
+  };
+  EXPECT_EQ(Run({"--json", "monitor", "data", "--process", "somebody"}).out, "[]\n");
+}
+
 TEST_F(MonitorCommand, ShowsAnUnknownMessageByItsNumber) {
   Talk(0x5fff0, {});
   EXPECT_EQ(Run({"--json", "monitor", "data", "--count", "1", "--filter", "0x5fff0"}).Json()[0]["message"], "0x5fff0");
@@ -105,6 +117,28 @@ TEST_F(MonitorCommand, ShowsAnUnknownMessageByItsNumber) {
 
 // A service of any name, and of any manners.
 class MonitorOfStranger : public TavctlWorld {};
+
+TEST_F(MonitorOfStranger, ShowsAllServicesWithoutAName) {
+  cRecordingServer weather(&m_host, "weather");
+  cRecordingServer tides(&m_host, "tides");
+  cRecordingClient of[] = {{&m_host, "weather"}, {&m_host, "tides"}};
+  const auto answer = [](const vorn::cMsg& request) { request.GetReplyChannel()->Send(vorn::cMsg(0x5fff1)); };
+  weather.onMessage = tides.onMessage = answer;
+  for (cRecordingClient& client : of) {
+    client.onConnect = [&client] { client.Send(vorn::cMsg(0x5fff0)); };
+    client.onMessage = [&client](const vorn::cMsg&) { client.Send(vorn::cMsg(0x5fff0)); };
+  }
+  const auto rows = Run({"--json", "monitor", "--count", "200"}).Json();
+  std::set<std::string> services;
+  for (const auto& row : rows) services.insert(row["service"]);
+  EXPECT_EQ(services, (std::set<std::string>{"tides", "weather"}));
+}
+
+TEST_F(MonitorOfStranger, SaysWhenNoServiceIsThere) {
+  const cOutput output = Run({"monitor"});
+  EXPECT_EQ(output.exit, eExitUnreachable);
+  EXPECT_EQ(output.err, "tavctl: no service answers in " + Directory() + "\n");
+}
 
 TEST_F(MonitorOfStranger, EndsCleanlyWhenItIsInterrupted) {
   cRecordingServer server(&m_host, "weather");

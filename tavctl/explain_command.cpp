@@ -63,7 +63,7 @@ cObisMap cExplainCommand::ReadRulesFile(cContext& context) const {
   const std::string text = ReadInput(m_rulesFile, context.streams.in, kMaxRulesFile);
   cObisMap map;
   std::string error;
-  if (rules::ReadRulesText(text, m_rulesFile == "-" ? "standard input" : m_rulesFile, map, error)) return map;
+  if (rules::ReadRulesText(text, RulesSource(m_rulesFile), map, error)) return map;
   throw cFailure(eExitNegative, ForTerminal(error));
 }
 

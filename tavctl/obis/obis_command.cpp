@@ -216,7 +216,8 @@ eExit cObisCommand::Import(cContext& context) const {
     map = MapOf(rules);
   }
   cRuleService service(context);
-  const std::string source = Counted(map.GetEntries().size()) + " of " + (m_defaults ? "the shipped set" : m_file);
+  const std::string source =
+      Counted(map.GetEntries().size()) + " of " + (m_defaults ? "the shipped set" : RulesSource(m_file));
   if (m_dryRun)
     context.Note("would take " + source + ": " + std::to_string(CountChanges(map, service.GetMap(), m_replace)) +
                  " change(s)");

@@ -34,7 +34,7 @@ std::vector<rules::cRawRule> ReadRules(const std::string& file, cContext& contex
   const std::string text = ReadInput(file, context.streams.in, kMaxRulesFile);
   std::vector<rules::cRawRule> rules;
   std::string error;
-  if (rules::ReadRawRules(text, file == "-" ? "standard input" : file, rules, error)) return rules;
+  if (rules::ReadRawRules(text, RulesSource(file), rules, error)) return rules;
   throw cFailure(eExitNegative, ForTerminal(error));
 }
 

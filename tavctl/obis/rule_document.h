@@ -14,6 +14,9 @@ namespace tav::ctl {
 
 inline constexpr std::size_t kMaxRulesFile = std::size_t{4} << 20;
 
+// What notes call a file: its name, or "standard input" for "-".
+inline std::string RulesSource(const std::string& file) { return file == "-" ? "standard input" : file; }
+
 // The rules of a TOML file, or of standard input for "-". Throws a cFailure that names file and line.
 std::vector<rules::cRawRule> ReadRules(const std::string& file, cContext& context);
 

@@ -6,7 +6,7 @@
 #include <fstream>
 
 #include <tests/support/child_process.h>
-#include <tests/tavctl/tavctl_world.h>
+#include <tests/tavctl/obis/rules_world.h>
 
 namespace tav::ctl {
 namespace {
@@ -71,6 +71,15 @@ TEST_F(CompletionCommand, OffersWhatIsInTheGateway) {
   EXPECT_THAT(Offers(InDirectory("last 1")), ElementsAre("1EMH0001"));
   EXPECT_THAT(Offers(InDirectory("monitor d")), ElementsAre("data"));
   EXPECT_THAT(Offers(InDirectory("store e")), ElementsAre("ehzif"));
+}
+
+TEST_F(CompletionCommand, OffersTheIdsOfRules) {
+  cRuleServer rules(&m_host);
+  ASSERT_TRUE(rules.map.Add({12, "Heat", "6-0:1.0.0", "protocol=dlms"}));
+  ASSERT_TRUE(rules.map.Add({1000, "Energy", "1-0:1.8.0", "protocol=dlms"}));
+  EXPECT_THAT(Offers(InDirectory("obis show ''")), AllOf(Contains("12"), Contains("1000")));
+  EXPECT_THAT(Offers(InDirectory("obis delete 10")), ElementsAre("1000"));
+  EXPECT_THAT(Offers("tavctl obis ex"), ElementsAre("export"));
 }
 
 TEST_F(CompletionCommand, NeverLetsTheShellRunWhatAMeterIsCalled) {

@@ -201,7 +201,8 @@ TEST_F(ObisCommand, ImportsAFile) {
   EXPECT_EQ(Run({"obis", "import", file}).err, "tavctl: took 1 rule(s) of " + file + ": 1 change(s)\n");
   EXPECT_EQ(m_rules->map.GetEntries().size(), 3u);
   EXPECT_EQ(Run({"obis", "import", file}).err, "tavctl: took 1 rule(s) of " + file + ": 0 change(s)\n");
-  EXPECT_EQ(Run({"obis", "import", "-", "--replace"}, kRule).err, "tavctl: took 1 rule(s) of -: 2 change(s)\n");
+  EXPECT_EQ(Run({"obis", "import", "-", "--replace"}, kRule).err,
+            "tavctl: took 1 rule(s) of standard input: 2 change(s)\n");
   EXPECT_EQ(Rules(), "1-0:1.8.0 A protocol=dlms");
 }
 

@@ -45,6 +45,10 @@ class cFakeModemManager {
 
   cFakeModemManager(cServiceHost* host, const std::string& address, bool withModem = true);
 
+  ~cFakeModemManager() { sd_bus_message_unref(m_waiting); }
+  cFakeModemManager(const cFakeModemManager&) = delete;
+  cFakeModemManager& operator=(const cFakeModemManager&) = delete;
+
   void ChangeState(int before, int now);
   void RemoveModem();
   // Lets a request answer that waits.

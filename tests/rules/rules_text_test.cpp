@@ -54,8 +54,8 @@ TEST(RulesText, ReadAgainIsTheSameMapForAnyUtf8) {
   std::mt19937 random(7);
   for (int round = 0; round < 300; ++round) {
     std::string name;
-    for (unsigned int i = random() % 12 + 1; i > 0; --i) {
-      const unsigned int point = random() % 0x800;
+    for (auto i = random() % 12 + 1; i > 0; --i) {
+      const auto point = static_cast<unsigned int>(random() % 0x800);
       if (point < 0x80)
         name += static_cast<char>(point);
       else

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // cByteBuffer: bytes that come in behind and go out in front, as the input and output of a channel do. Fresh room is
-// not filled with zeros, and a buffer that had to grow for one large frame shrinks again when it runs empty.
+// not filled with zeros, and a buffer that had to grow for large frames shrinks again when it runs empty.
 #pragma once
 
 #include <cstddef>
@@ -40,7 +40,7 @@ class cByteBuffer {
  private:
   void Rewind() {
     m_begin = m_end = 0;
-    if (m_capacity > 4 * m_ordinary) {
+    if (m_capacity > m_ordinary) {
       std::free(m_bytes);
       m_bytes = nullptr;
       m_capacity = 0;

@@ -5,8 +5,10 @@
 #include <SQLiteCpp/Exception.h>
 #include <sqlite3.h>
 
+#include <chrono>
 #include <filesystem>
 #include <optional>
+#include <thread>
 #include <utility>
 
 #include <gateway/database/schema.h>
@@ -54,6 +56,20 @@ cDatabase::cDatabase(cDataOptions options) : m_options(std::move(options)) {}
 cDatabase::~cDatabase() = default;
 
 cFault cDatabase::Open() {
+  // A file whose journal is just being changed, by a service that starts too, is not waited for by the database.
+  return Patiently([this] { return TryToOpen(); });
+}
+
+cFault cDatabase::Patiently(const std::function<cFault()>& work) {
+  using namespace std::chrono;
+  const auto end = steady_clock::now() + milliseconds(kOpenPatience);
+  cFault fault = work();
+  for (; fault.kind == eFault::Busy && steady_clock::now() < end; fault = work())
+    std::this_thread::sleep_for(milliseconds(kPatience));
+  return fault;
+}
+
+cFault cDatabase::TryToOpen() {
   return Guarded([this] {
     DropTables();
     m_connection = std::make_unique<cConnection>(m_options.file);

@@ -41,7 +41,8 @@ class cDatabase {
   static constexpr int kWalIdlePages = 256;
   static constexpr int kWalBusyPages = 4096;
   static constexpr int kWalMaxPages = 16384;
-  // How long to stand still for another process's lock, in milliseconds: when the file is opened, and later.
+  // How long to stand still for another process's lock, in milliseconds: when the file is opened, and for seldom
+  // changes; and for all others.
   static constexpr int kOpenPatience = 1000;
   static constexpr int kPatience = 10;
   // Failures one after the other before the file is opened anew.
@@ -56,6 +57,10 @@ class cDatabase {
 
   // Opens the file, makes it when there is none, and brings its tables up to date. The directory must be there.
   cFault Open();
+
+  // Does it again while another process holds the lock, for kOpenPatience at most. For what happens seldom and must not
+  // fail for that: the thread stands still meanwhile.
+  static cFault Patiently(const std::function<cFault()>& work);
 
   // Somebody else has written to the tables: what is remembered of them is read again.
   cFault Forget();
@@ -82,6 +87,7 @@ class cDatabase {
   virtual void DropTables() = 0;
   virtual bool HasTables() const = 0;
 
+  cFault TryToOpen();
   cFault Guarded(const std::function<cFault()>& work);
   cFault Ready();
   cFault Prepare();

@@ -175,7 +175,9 @@ void TakeStep(SQLite::Database& database, int version) {
 
 int GetSchemaVersion(SQLite::Database& database) { return database.execAndGet("PRAGMA user_version").getInt(); }
 
+// In one transaction: another process may just be making the tables.
 bool IsOurs(SQLite::Database& database) {
+  const SQLite::Transaction transaction(database);
   const int id = database.execAndGet("PRAGMA application_id").getInt();
   if (id == kApplicationId) return true;
   return id == 0 && GetSchemaVersion(database) == 0 &&

@@ -47,18 +47,28 @@ void cObisServer::OnClose(vorn::cScmChannel& channel) { m_unanswered.erase(&chan
 
 void cObisServer::Load(const cObisMap& shipped) {
   cObisMap stored;
-  const data::cFault fault = m_store->Change([&](cObisRuleTable& table) {
+  const data::cFault fault = Write([&](cObisRuleTable& table) {
+    stored.Clear();
     if (!table.IsFurnished())
       for (const auto& [id, rule] : shipped.GetEntries()) table.Set(rule);
     table.MarkFurnished();
     table.List([&](const cObisMapEntry& rule) { stored.Add(rule); });
-    return true;
   });
   m_fault = fault.text;
   if (fault)
     vorn::Trace(Unit(), 2, "the rules cannot be read: ", fault.text);
   else
     m_map = stored;
+}
+
+// Rules change seldom, and readings are stored all the time.
+data::cFault cObisServer::Write(const std::function<void(cObisRuleTable&)>& change) {
+  return data::cDatabase::Patiently([&] {
+    return m_store->Change([&](cObisRuleTable& table) {
+      change(table);
+      return true;
+    });
+  });
 }
 
 // ---- requests
@@ -138,13 +148,12 @@ std::string cObisServer::CheckRoom(const std::vector<cChange>& changes) const {
 
 std::string cObisServer::Store(const std::vector<cChange>& changes) {
   if (const std::string full = CheckRoom(changes); !full.empty()) return full;
-  const data::cFault fault = m_store->Change([&](cObisRuleTable& table) {
+  const data::cFault fault = Write([&](cObisRuleTable& table) {
     for (const cChange& change : changes)
       if (change.rule)
         table.Set(*change.rule);
       else
         table.Remove(change.id);
-    return true;
   });
   if (fault) return fault.text;
   for (const cChange& change : changes) {

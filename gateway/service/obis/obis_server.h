@@ -7,6 +7,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <optional>
 #include <string>
@@ -56,6 +57,7 @@ class cObisServer final : public cProtocolServer {
   };
 
   void Load(const cObisMap& shipped);
+  data::cFault Write(const std::function<void(cObisRuleTable&)>& change);
   void GetMap(const vorn::cMsg& request);
   void SetRule(const vorn::cMsg& request);
   void RemoveRule(const vorn::cMsg& request);

@@ -80,8 +80,8 @@ BENCHMARK(ByObisId)->Name("obis_map/by_obis_id")->Arg(10)->Arg(100)->Arg(1000)->
 
 void ByDibVib(benchmark::State& state) {
   const cRules rules(state);
-  const std::string dif = rules.Last().GetDif();
-  const std::string vif = rules.Last().GetVif();
+  const std::string dif(rules.Last().GetKeys().dif);
+  const std::string vif(rules.Last().GetKeys().vif);
   vorn::cData dib, vib;
   vorn::cData::FromHex(dif, dib);
   vorn::cData::FromHex(vif, vib);

@@ -18,9 +18,9 @@ constexpr unsigned int kLargestGroup = 255;
 std::string KeyOf(const cObisMapEntry& rule) {
   switch (rule.GetProtocol()) {
     case cObisMapEntry::eMapProtoMbus:
-      return "mbus:" + rule.GetDif() + "," + rule.GetVif();
+      return "mbus:" + std::string(rule.GetKeys().dif) + "," + std::string(rule.GetKeys().vif);
     case cObisMapEntry::eMapProtoModbus:
-      return "modbus:" + rule.GetRegister();
+      return "modbus:" + std::string(rule.GetKeys().reg);
     case cObisMapEntry::eMapProtoDlms:
       return "dlms:" + rule.GetObisID();
     default:

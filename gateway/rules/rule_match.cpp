@@ -67,13 +67,13 @@ class cConditions {
       case eRoad::Mbus:
         Protocol(cObisMapEntry::eMapProtoMbus);
         Device();
-        Equal("dif", m_rule.GetDif(), m_query.dib.ToString(0), kOtherDif);
-        Equal("vif", m_rule.GetVif(), m_query.vib.ToString(0), kOtherVif);
+        Equal("dif", std::string(m_rule.GetKeys().dif), m_query.dib.ToString(0), kOtherDif);
+        Equal("vif", std::string(m_rule.GetKeys().vif), m_query.vib.ToString(0), kOtherVif);
         break;
       case eRoad::Modbus:
         Protocol(cObisMapEntry::eMapProtoModbus);
         Device();
-        Equal("register", m_rule.GetRegister(), m_query.reg, kOtherRegister);
+        Equal("register", std::string(m_rule.GetKeys().reg), m_query.reg, kOtherRegister);
         break;
     }
     return {&m_rule, m_reason.empty() ? eFit::Names : eFit::No, m_reason, m_distance};

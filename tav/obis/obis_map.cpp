@@ -13,7 +13,7 @@ namespace {
 
 std::uint32_t Number(std::string_view text) { return static_cast<std::uint32_t>(std::hash<std::string_view>{}(text)); }
 
-std::uint32_t Number(const std::string& dif, const std::string& vif) { return Number(dif) * 31 + Number(vif); }
+std::uint32_t Number(std::string_view dif, std::string_view vif) { return Number(dif) * 31 + Number(vif); }
 
 bool Give(const cObisMapEntry* found, cObisMapEntry& entry) {
   if (found == nullptr) return false;
@@ -24,8 +24,9 @@ bool Give(const cObisMapEntry* found, cObisMapEntry& entry) {
 }  // namespace
 
 cObisMap::cRow cObisMap::MakeRow(const cObisMapEntry& entry) {
-  return {Number(entry.GetObisID()), Number(entry.GetObisIDWithoutChannel()), Number(entry.GetDif(), entry.GetVif()),
-          Number(entry.GetRegister()), &entry};
+  const cObisMapEntry::cKeys keys = entry.GetKeys();
+  return {Number(entry.GetObisID()), Number(entry.GetObisIDWithoutChannel()), Number(keys.dif, keys.vif),
+          Number(keys.reg), &entry};
 }
 
 cObisMap::Rows::iterator cObisMap::RowAt(unsigned long long id) {
@@ -98,8 +99,9 @@ bool cObisMap::GetEntryByDibVibFromMBUS(const std::string& meterAddr, const std:
   const std::string dif = dib.ToString(0);
   const std::string vif = vib.ToString(0);
   const cObisMapEntry* found = Find(&cRow::blocks, Number(dif, vif), [&](const cObisMapEntry& rule) {
-    return rule.GetProtocol() == cObisMapEntry::eMapProtoMbus && rule.IsMeterAddr(meterAddr) && rule.IsMedium(medium) &&
-           rule.GetDif() == dif && rule.GetVif() == vif;
+    if (rule.GetProtocol() != cObisMapEntry::eMapProtoMbus) return false;
+    const cObisMapEntry::cKeys keys = rule.GetKeys();
+    return keys.AreFor(meterAddr, medium) && keys.dif == dif && keys.vif == vif;
   });
   return Give(found, entry);
 }
@@ -114,8 +116,9 @@ bool cObisMap::GetEntryByObisIdFromDLMS(const std::string& obis, cObisMapEntry& 
 bool cObisMap::GetEntryFromMODBUS(const std::string& meterAddr, const std::string&, const std::string& medium,
                                   const std::string& reg, cObisMapEntry& entry) const {
   const cObisMapEntry* found = Find(&cRow::reg, Number(reg), [&](const cObisMapEntry& rule) {
-    return rule.GetProtocol() == cObisMapEntry::eMapProtoModbus && rule.IsMeterAddr(meterAddr) &&
-           rule.IsMedium(medium) && rule.GetRegister() == reg;
+    if (rule.GetProtocol() != cObisMapEntry::eMapProtoModbus) return false;
+    const cObisMapEntry::cKeys keys = rule.GetKeys();
+    return keys.AreFor(meterAddr, medium) && keys.reg == reg;
   });
   return Give(found, entry);
 }

@@ -4,7 +4,6 @@
 #include <cstdlib>
 #include <string_view>
 
-#include <tav/framework/helper.h>
 #include <tav/record/meter_tav.h>
 
 namespace tav {
@@ -23,6 +22,35 @@ constexpr cProtocolRow kProtocols[] = {
   {"modbus", cObisMapEntry::eMapProtoModbus},
 };
 // clang-format on
+
+// Calls visit with name and value of each token of the text that holds "=".
+template <typename Visit>
+void ForEachOption(std::string_view text, const Visit& visit) {
+  while (!text.empty()) {
+    const std::string_view token = text.substr(0, text.find(','));
+    text.remove_prefix(token.size() < text.size() ? token.size() + 1 : token.size());
+    const std::size_t equals = token.find('=');
+    if (equals != std::string_view::npos) visit(token.substr(0, equals), token.substr(equals + 1));
+  }
+}
+
+bool HasOptions(std::string_view text) {
+  bool any = false;
+  ForEachOption(text, [&](std::string_view, std::string_view) { any = true; });
+  return any;
+}
+
+// The protocol of a mapping text.
+cObisMapEntry::eMapProtocol ProtocolOf(std::string_view text) {
+  auto protocol = cObisMapEntry::eMapProtoNone;
+  ForEachOption(text, [&](std::string_view name, std::string_view value) {
+    if (name != "protocol") return;
+    protocol = cObisMapEntry::eMapProtoUnknown;
+    for (const cProtocolRow& row : kProtocols)
+      if (value == row.text) protocol = row.protocol;
+  });
+  return protocol;
+}
 
 // In place of whatever stands from the first star on.
 void ReplaceTail(std::string& text, std::string_view tail) {
@@ -44,9 +72,9 @@ cObisMapEntry& cObisMapEntry::operator=(const cObisMapEntry& other) {
   m_obis = other.m_obis;
   m_obisWithoutChannel = other.m_obisWithoutChannel;
   m_map = other.m_map;
-  m_options = other.m_options;
+  m_otherOptions = other.m_otherOptions;
+  m_hasOtherOptions = other.m_hasOtherOptions;
   m_protocol = other.m_protocol;
-  m_keys = other.m_keys;
   return *this;
 }
 
@@ -56,39 +84,24 @@ bool cObisMapEntry::Set(unsigned long long id, const std::string& name, const st
                         const std::string& map) {
   if (name.empty() || obis.empty()) return Fail("missing parameters");
   if (!cMeterTav::ObisIsValid(obis)) return Fail("obis-id invalid");
-  TakeOptions(map);
-  if (!map.empty() && m_options.empty()) return Fail("syntax error in mapping");
-  if (!TakeProtocol()) return Fail("unknown protocol");
+  m_otherOptions = map;
+  m_hasOtherOptions = true;
+  if (!map.empty() && !HasOptions(map)) return Fail("syntax error in mapping");
+  m_protocol = ProtocolOf(map);
+  if (m_protocol == eMapProtoUnknown) return Fail("unknown protocol");
   m_id = id;
   m_name = name;
   m_obis = obis;
   m_obisWithoutChannel = ObisWithoutChannel(m_obis);
   m_map = map;
+  m_hasOtherOptions = false;
+  std::string().swap(m_otherOptions);  // its room too
   return true;
 }
 
 bool cObisMapEntry::Fail(const char* error) {
   m_error = error;
   return false;
-}
-
-void cObisMapEntry::TakeOptions(const std::string& map) {
-  m_options = vorn::cHelper::TokensAsNameValue(vorn::cHelper::GetStringTokens(map, ","));
-  m_keys.meterAddr = GetMapOption("meteraddr");
-  m_keys.medium = GetMapOption("medium");
-  m_keys.dif = GetMapOption("dif");
-  m_keys.vif = GetMapOption("vif");
-  m_keys.reg = GetMapOption("register");
-}
-
-bool cObisMapEntry::TakeProtocol() {
-  m_protocol = eMapProtoNone;
-  std::string text;
-  if (!m_options.Get("protocol", text)) return true;
-  m_protocol = eMapProtoUnknown;
-  for (const cProtocolRow& row : kProtocols)
-    if (text == row.text) m_protocol = row.protocol;
-  return m_protocol != eMapProtoUnknown;
 }
 
 void cObisMapEntry::CorrectVV(const std::string& obis) {
@@ -123,10 +136,50 @@ std::string cObisMapEntry::ToString() const {
   return text;
 }
 
-std::string cObisMapEntry::GetMapOption(const std::string& key) const {
-  std::string value;
-  m_options.Get(key, value);
-  return value;
+// Of an option that is given twice the last one holds.
+std::string_view cObisMapEntry::FindOption(std::string_view key) const {
+  std::string_view found;
+  ForEachOption(GetOptionText(), [&](std::string_view name, std::string_view value) {
+    if (name == key) found = value;
+  });
+  return found;
+}
+
+cObisMapEntry::cKeys cObisMapEntry::GetKeys() const {
+  cKeys keys;
+  ForEachOption(GetOptionText(), [&](std::string_view name, std::string_view value) {
+    if (name == "dif")
+      keys.dif = value;
+    else if (name == "vif")
+      keys.vif = value;
+    else if (name == "medium")
+      keys.medium = value;
+    else if (name == "meteraddr")
+      keys.meterAddr = value;
+    else if (name == "register")
+      keys.reg = value;
+  });
+  return keys;
+}
+
+vorn::cMap<std::string, std::string> cObisMapEntry::GetMapOptions() const {
+  vorn::cMap<std::string, std::string> options;
+  ForEachOption(GetOptionText(), [&](std::string_view name, std::string_view value) {
+    options.Set(std::string(name), std::string(value));
+  });
+  return options;
+}
+
+std::string cObisMapEntry::GetMapOption(const std::string& key) const { return std::string(FindOption(key)); }
+
+bool cObisMapEntry::IsMedium(const std::string& medium) const {
+  const std::string_view option = FindOption("medium");
+  return option.empty() || option == medium;
+}
+
+bool cObisMapEntry::IsMeterAddr(const std::string& addr) const {
+  const std::string_view option = FindOption("meteraddr");
+  return option.empty() || option == addr;
 }
 
 int cObisMapEntry::GetMapOptionAsInt(const std::string& key, int def) const {

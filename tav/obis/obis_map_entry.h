@@ -2,14 +2,15 @@
 // cObisMapEntry: one rule of the OBIS map: which identifier and name a value read over M-Bus, DLMS or Modbus is to
 // carry.
 //
-// The rule is a mapping text of options, "protocol=mbus,meteraddr=12,dif=04,vif=03", parsed once when it is set.
+// The rule is a mapping text of options, "protocol=mbus,meteraddr=12,dif=04,vif=03", judged once when it is set. Very
+// many rules may be kept, so an option is found in the text when it is asked for, without a copy.
 // Options that the system reads: protocol, meteraddr, medium, dif and vif (M-Bus), register (Modbus); all others are
 // kept too. Values are compared as texts, so dif and vif are written as vorn::cData::ToString(0) writes them: "0C", "02
 // FD".
 #pragma once
 
 #include <string>
-#include <vector>
+#include <string_view>
 
 #include <tav/export.h>
 #include <tav/framework/map.h>
@@ -56,33 +57,33 @@ class TAV_API cObisMapEntry {
   const std::string& GetMap() const { return m_map; }
   const std::string& GetError() const { return m_error; }
   eMapProtocol GetProtocol() const { return m_protocol; }
-  const vorn::cMap<std::string, std::string>& GetMapOptions() const { return m_options; }
+  vorn::cMap<std::string, std::string> GetMapOptions() const;
   // Empty when there is no such option.
   std::string GetMapOption(const std::string& key) const;
   // As atoi reads it; def when the option is absent or empty.
   int GetMapOptionAsInt(const std::string& key, int def) const;
   // Whether the rule is for that medium or meter: its option is absent, empty or equal.
-  bool IsMedium(const std::string& medium) const { return IsFree(m_keys.medium) || m_keys.medium == medium; }
-  bool IsMeterAddr(const std::string& addr) const { return IsFree(m_keys.meterAddr) || m_keys.meterAddr == addr; }
-  // The options of the lookups; empty when absent.
-  const std::string& GetDif() const { return m_keys.dif; }
-  const std::string& GetVif() const { return m_keys.vif; }
-  const std::string& GetRegister() const { return m_keys.reg; }
+  bool IsMedium(const std::string& medium) const;
+  bool IsMeterAddr(const std::string& addr) const;
+  // The options that lookups compare, empty when absent, all found in one go. Valid until the entry is changed.
+  struct cKeys {
+    std::string_view meterAddr;
+    std::string_view medium;
+    std::string_view dif;
+    std::string_view vif;
+    std::string_view reg;
+
+    // See IsMedium and IsMeterAddr.
+    bool AreFor(std::string_view addr, std::string_view ofMedium) const {
+      return (meterAddr.empty() || meterAddr == addr) && (medium.empty() || medium == ofMedium);
+    }
+  };
+  cKeys GetKeys() const;
 
  private:
-  // The options that lookups compare, taken out so that a scan over all rules compares texts and nothing else.
-  struct cKeys {
-    std::string meterAddr;
-    std::string medium;
-    std::string dif;
-    std::string vif;
-    std::string reg;
-  };
-
-  static bool IsFree(const std::string& option) { return option.empty(); }
   bool Fail(const char* error);
-  void TakeOptions(const std::string& map);
-  bool TakeProtocol();
+  std::string_view FindOption(std::string_view key) const;
+  const std::string& GetOptionText() const { return m_hasOtherOptions ? m_otherOptions : m_map; }
 
   unsigned long long m_id = 0;
   std::string m_name;
@@ -90,9 +91,9 @@ class TAV_API cObisMapEntry {
   std::string m_obisWithoutChannel;
   std::string m_map;
   std::string m_error;
-  vorn::cMap<std::string, std::string> m_options;
+  std::string m_otherOptions;  // that a refused mapping text has left behind, in place of those of m_map
+  bool m_hasOtherOptions = false;
   eMapProtocol m_protocol = eMapProtoNone;
-  cKeys m_keys;
 };
 
 // The channel-free form of an OBIS text: group B as 0, any group F as the text "nn". Without a head A-B: it is "1-0";

@@ -123,7 +123,7 @@ TEST(ObisMapEntry, KeepsBlanksAndOptionsItDoesNotKnow) {
   const cObisMapEntry entry = WithMap("word,protocol=mbus, dif=04,x=a=b,empty=");
   EXPECT_THAT(entry.GetMapOptions(),
               ElementsAre(Pair(" dif", "04"), Pair("empty", ""), Pair("protocol", "mbus"), Pair("x", "a=b")));
-  EXPECT_EQ(entry.GetDif(), "") << "a blank belongs to the name";
+  EXPECT_EQ(entry.GetKeys().dif, "") << "a blank belongs to the name";
 }
 
 TEST(ObisMapEntry, ASuccessKeepsAnEarlierErrorText) {
@@ -159,7 +159,7 @@ TEST(ObisMapEntry, AssignmentLeavesTheErrorText) {
   EXPECT_EQ(target.GetMapOptions(), Energy().GetMapOptions());
   EXPECT_EQ(target.GetObisIDWithoutChannel(), "1-0:1.8.0*nn");
   EXPECT_EQ(target.GetProtocol(), cObisMapEntry::eMapProtoMbus);
-  EXPECT_EQ(target.GetDif(), "04");
+  EXPECT_EQ(target.GetKeys().dif, "04");
   cObisMapEntry refused;
   refused.Set(1, "", "", "");
   cObisMapEntry fresh;

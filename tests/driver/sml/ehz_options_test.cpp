@@ -154,6 +154,7 @@ TEST(EhzOptions, WithoutAnInputTheConfigurationIsObeyed) {
   EXPECT_TRUE(parsed.options.configured);
   EXPECT_EQ(parsed.options.interfaceName, "SIM");
   EXPECT_EQ(Parse({}).options.interfaceName, "") << "all interfaces";
+  EXPECT_TRUE(Parse({"--no-rules"}).options.configured);
   EXPECT_FALSE(Parse({"--input", "sim"}).options.configured);
 }
 

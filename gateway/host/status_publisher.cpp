@@ -33,7 +33,9 @@ cStatusValues cStatusPublisher::Collect() const {
     values.Set("version", TAV_VERSION);
     values.Set("started", entry.started);
     entry.source(values);
-    for (const auto& [name, value] : values) all.Set(entry.prefix + "." + name, value);
+    for (const auto& [name, value] : values)
+      if (std::string full = entry.prefix + "." + name; full.size() <= kMaxNameBytes && value.size() <= kMaxValueBytes)
+        all.Set(full, value);
   }
   return all;
 }

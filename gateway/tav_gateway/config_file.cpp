@@ -51,16 +51,14 @@ std::string TakeMaxMegabytes(const toml::node& value, cOptions& options) {
   return {};
 }
 
-std::string TakeText(const toml::node& value, std::string& text) {
-  const auto given = value.value_exact<std::string>();
-  if (!given) return Expected("a text");
-  text = *given;
-  return {};
-}
-
+// A service's check names the key, as the error will.
 template <auto Section, auto Field>
 std::string TakeDeviceText(const toml::node& value, cOptions& options) {
-  return TakeText(value, options.*Section.*Field);
+  const auto text = value.value_exact<std::string>();
+  if (!text) return Expected("a text");
+  options.*Section.*Field = *text;
+  const std::string fault = (options.*Section).Check();
+  return fault.substr(fault.empty() ? 0 : fault.find(": ") + 2);
 }
 
 std::string TakeRelayLine(const toml::node& value, cOptions& options) {
@@ -116,15 +114,6 @@ std::string TakeSection(const std::string& file, std::string_view section, const
   return {};
 }
 
-// What the services say of their keys together.
-std::string CheckDevices(const std::string& file, const cOptions& options) {
-  const std::pair<const char*, std::string> faults[] = {
-      {"gsm", options.gsm.Check()}, {"time", options.time.Check()}, {"ui", options.ui.Check()}};
-  for (const auto& [section, fault] : faults)
-    if (!fault.empty()) return file + ": section \"" + section + "\": " + fault;
-  return {};
-}
-
 std::string TakeAll(const std::string& file, const toml::table& root, cOptions& options) {
   for (const auto& [name, node] : root) {
     const toml::table* section = node.as_table();
@@ -132,7 +121,7 @@ std::string TakeAll(const std::string& file, const toml::table& root, cOptions& 
       return At(file, node.source()) + "\"" + std::string(name.str()) + "\": there is no such section";
     if (std::string error = TakeSection(file, name.str(), *section, options); !error.empty()) return error;
   }
-  return CheckDevices(file, options);
+  return {};
 }
 
 }  // namespace

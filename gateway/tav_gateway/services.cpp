@@ -121,7 +121,14 @@ class cHostedStatus final : public cHostedService {
   std::optional<cStatusServer> m_server;
 };
 
-// A device service. The time of day is no news, and left out.
+// Whether a light that blinks is lit just now passes, as a flash does.
+std::string Lasting(const std::string& state) {
+  for (const std::string_view passing : {", lit", ", dark"})
+    if (state.ends_with(passing)) return state.substr(0, state.size() - passing.size());
+  return state;
+}
+
+// A device service. What passes by itself is no news, and left out: the time of day, and what is left of a time.
 template <typename Server, auto Options>
 class cHostedDevice final : public cHostedService {
  public:
@@ -130,7 +137,7 @@ class cHostedDevice final : public cHostedService {
   eExitCode Start(std::string& error) override { return Listen(m_server, error); }
   void Collect(cStatusValues& values) const override {
     for (const auto& [name, value] : m_server.GetState())
-      if (name != "utc" && name != "relay.back-in") values.Set(name, value);
+      if (name != "utc" && name != "relay.back-in") values.Set(name, name.starts_with("led.") ? Lasting(value) : value);
   }
 
  private:

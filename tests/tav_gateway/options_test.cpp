@@ -8,6 +8,7 @@
 #include <fstream>
 
 #include <gateway/tav_gateway/exit_code.h>
+#include <gateway/tav_gateway/services.h>
 #include <tests/support/temp_folder.h>
 
 namespace tav::gateway {
@@ -75,6 +76,42 @@ TEST_F(Options, ComeFromTheFile) {
   EXPECT_EQ(parsed.options->maxMegabytes, 500u);
 }
 
+TEST_F(Options, OfTheDevicesComeFromTheFile) {
+  const std::string file = Write(
+      "[ui]\nleds = \"kernel\"\nled-wan = \"green:wan\"\nled-meter-1 = \"yellow:1\"\nled-meter-2 = \"yellow:2\"\n"
+      "relay-chip = \"gpiochip0\"\nrelay-line = 65535\n[time]\nclock = \"kernel\"\n[gsm]\nmodem = \"modemmanager\"\n");
+  const cParsedOptions parsed = Parse({"run", "--config", file.c_str()});
+  ASSERT_TRUE(parsed.options) << parsed.text;
+  EXPECT_EQ(parsed.options->ui.leds, "kernel");
+  EXPECT_EQ(parsed.options->ui.ledWan, "green:wan");
+  EXPECT_EQ(parsed.options->ui.ledMeter1, "yellow:1");
+  EXPECT_EQ(parsed.options->ui.ledMeter2, "yellow:2");
+  EXPECT_EQ(parsed.options->ui.relayChip, "gpiochip0");
+  EXPECT_EQ(parsed.options->ui.relayLine, 65535u);
+  EXPECT_EQ(parsed.options->time.clock, "kernel");
+  EXPECT_EQ(parsed.options->gsm.modem, "modemmanager");
+}
+
+TEST_F(Options, SimulateTheDevicesUnlessTheFileSaysOtherwise) {
+  const std::string file = Write("[ui]\nleds = \"simulated\"\nrelay-line = 0\n");
+  for (const cParsedOptions& parsed : {Parse({"run"}), Parse({"run", "--config", file.c_str()})}) {
+    ASSERT_TRUE(parsed.options) << parsed.text;
+    EXPECT_EQ(parsed.options->ui.leds, "simulated");
+    EXPECT_EQ(parsed.options->ui.relayChip, "");
+    EXPECT_EQ(parsed.options->ui.relayLine, 0u);
+    EXPECT_EQ(parsed.options->time.clock, "simulated");
+    EXPECT_EQ(parsed.options->gsm.modem, "simulated");
+  }
+}
+
+TEST_F(Options, ChooseOneService) {
+  for (const cServiceKind& kind : GetServiceKinds()) {
+    const cParsedOptions parsed = Parse({kind.name, "--dir", "/somewhere"});
+    ASSERT_TRUE(parsed.options) << parsed.text;
+    EXPECT_EQ(parsed.options->service, kind.name);
+  }
+}
+
 TEST_F(Options, OfTheCommandLineHoldAgainstTheFile) {
   const std::string file = Write("[gateway]\ndir = \"/a\"\ntrace = 16\n[data]\ndurability = \"normal\"\n");
   const cParsedOptions parsed =
@@ -106,6 +143,23 @@ TEST_F(Options, OfTheFileThatAreWrongAreNamedWithLineAndKey) {
       {"[gateway]\ntrace = 33\n", ":2: key \"gateway.trace\": expected a level from 0 to 32"},
       {"[gateway]\ntrace = \"16\"\n", ":2: key \"gateway.trace\": expected a level from 0 to 32"},
       {"[gateway]\ndir = []\n", ":2: key \"gateway.dir\": expected a path as text"},
+      {"[ui]\n\nleds = \"kernal\"\n", ":3: key \"ui.leds\": expected \"simulated\" or \"kernel\", found \"kernal\""},
+      {"[ui]\nleds = 1\n", ":2: key \"ui.leds\": expected a text"},
+      {"[ui]\nled-wan = 1\n", ":2: key \"ui.led-wan\": expected a text"},
+      {"[ui]\nled-meter-1 = true\n", ":2: key \"ui.led-meter-1\": expected a text"},
+      {"[ui]\nled-meter-2 = []\n", ":2: key \"ui.led-meter-2\": expected a text"},
+      {"[ui]\nled-meter-3 = \"a\"\n", ":2: key \"ui.led-meter-3\": there is no such key"},
+      {"[ui]\nrelay-chip = 0\n", ":2: key \"ui.relay-chip\": expected a text"},
+      {"[ui]\nrelay-line = -1\n", ":2: key \"ui.relay-line\": expected the number of a line from 0 to 65535"},
+      {"[ui]\nrelay-line = 65536\n", ":2: key \"ui.relay-line\": expected the number of a line from 0 to 65535"},
+      {"[ui]\nrelay-line = \"1\"\n", ":2: key \"ui.relay-line\": expected the number of a line from 0 to 65535"},
+      {"[time]\nclock = \"atomic\"\n",
+       ":2: key \"time.clock\": expected \"simulated\" or \"kernel\", found \"atomic\""},
+      {"[time]\nclock = 12\n", ":2: key \"time.clock\": expected a text"},
+      {"[time]\nzone = \"UTC\"\n", ":2: key \"time.zone\": there is no such key"},
+      {"[gsm]\nmodem = \"\"\n", ":2: key \"gsm.modem\": expected \"simulated\" or \"modemmanager\", found \"\""},
+      {"[gsm]\nmodem = {}\n", ":2: key \"gsm.modem\": expected a text"},
+      {"[gsm]\npin = \"1234\"\n", ":2: key \"gsm.pin\": there is no such key"},
       {"\n[dta]\nx = 1\n", ":2: \"dta\": there is no such section"},
       {"trace = 1\n", ":1: \"trace\": there is no such section"},
       {"data = 1\n", ":1: \"data\": there is no such section"},
@@ -137,6 +191,16 @@ TEST_F(Options, AWrongWordIsAnErrorThatNamesIt) {
     EXPECT_THAT(parsed.text, HasSubstr(word));
   }
   EXPECT_EQ(Parse({}).exitCode, eExitUsage);
+}
+
+TEST_F(Options, HelpListsEveryService) {
+  const cParsedOptions parsed = Parse({"--help"});
+  EXPECT_EQ(parsed.exitCode, eExitDone);
+  EXPECT_THAT(parsed.text, HasSubstr("run "));
+  for (const cServiceKind& kind : GetServiceKinds()) {
+    EXPECT_THAT(parsed.text, HasSubstr(std::string(kind.name) + " "));
+    EXPECT_THAT(parsed.text, HasSubstr(kind.help));
+  }
 }
 
 TEST_F(Options, HelpIsNoError) {

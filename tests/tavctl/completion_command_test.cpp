@@ -41,7 +41,7 @@ class CompletionCommand : public TavctlWithGateway {
 TEST_F(CompletionCommand, OffersEveryCommand) {
   const std::vector<std::string> offers = Offers("tavctl ''");
   for (const auto& command : MakeCommands()) EXPECT_THAT(offers, Contains(command->GetName()));
-  EXPECT_THAT(Offers("tavctl mete"), ElementsAre("meter", "meters"));
+  EXPECT_THAT(Offers("tavctl mete"), ElementsAre("meter", "meter-status", "meters"));
 }
 
 TEST_F(CompletionCommand, OffersWhatStandsBehindAnAction) {

@@ -46,6 +46,25 @@ TEST_F(ServiceLink, DoesNotTakeTheAnswerToAnotherQuestion) {
   EXPECT_EQ(Run({"--timeout", "0.1", "stats"}).exit, eExitUnreachable);
 }
 
+TEST_F(ServiceLink, HandsEverythingElseToItsListener) {
+  m_server.onMessage = [](const vorn::cMsg& request) {
+    for (const unsigned int type : {db_ctrl::eNotifyDriver + 0u, request.GetType() + 1, 0x5fff0u}) {
+      vorn::cMsg msg(type);
+      if (type == request.GetType() + 1) msg.SetId(request.GetId());
+      request.GetReplyChannel()->Send(msg);
+    }
+  };
+  std::istringstream in;
+  std::ostringstream out, err;
+  cContext context{m_host, {in, out, err}};
+  cServiceLink link(context, db_ctrl::kProtocol);
+  std::vector<unsigned int> heard;
+  link.SetListener([&](const vorn::cMsg& msg) { heard.push_back(msg.GetType()); });
+  EXPECT_TRUE(link.Ask(db_ctrl::eGetStatistics, {}).IsEmpty());
+  ASSERT_TRUE(context.Await([&] { return heard.size() == 2; }, 10'000));
+  EXPECT_THAT(heard, testing::ElementsAre(db_ctrl::eNotifyDriver + 0u, 0x5fff0u));
+}
+
 TEST_F(ServiceLink, SaysThatTheServiceEndedMeanwhile) {
   m_server.onMessage = [](const vorn::cMsg& request) { request.GetReplyChannel()->Close(); };
   const cOutput output = Run({"stats"});

@@ -83,6 +83,11 @@ cEhzCounts cEhzInterface::GetCounts() const {
   return counts;
 }
 
+void cEhzInterface::Change(const cEhzSettings& settings) {
+  m_settings = settings;
+  std::erase_if(m_lastRead, [this](const auto& read) { return m_settings.Find(read.first) == nullptr; });
+}
+
 void cEhzInterface::Collect(gateway::cStatusValues& values) const {
   const cEhzCounts counts = GetCounts();
   const auto set = [&](const std::string& name, const std::string& value) {
@@ -122,6 +127,7 @@ void cEhzInterface::OnTimer() {
 
 void cEhzInterface::OnBytes(const unsigned char* bytes, std::size_t size) {
   if (m_ended) return;
+  m_opened = true;
   if (std::exchange(m_lost, false)) ReportInput("input back", {});
   if (!m_input->CanWait()) {
     m_reader.Feed(bytes, size);

@@ -71,7 +71,7 @@ class cEhzInterface : private cSmlSink {
   ~cEhzInterface() override;
 
   // Takes other settings with the same input.
-  void Change(const cEhzSettings& settings) { m_settings = settings; }
+  void Change(const cEhzSettings& settings);
   // Goes on with what waits, as long as the owner has room.
   void Feed();
   void OnTimer();

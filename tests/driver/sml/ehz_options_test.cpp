@@ -54,6 +54,7 @@ TEST(EhzOptions, HaveWorkingDefaults) {
   EXPECT_EQ(options.medium, "E");
   EXPECT_EQ(options.intervalSeconds, 0u);
   EXPECT_EQ(options.rulesFile, "");
+  EXPECT_FALSE(options.noRules);
   EXPECT_FALSE(options.keepNames);
   EXPECT_TRUE(options.meters.empty());
   EXPECT_FALSE(options.raw);
@@ -68,6 +69,7 @@ TEST(EhzOptions, TakeEachOption) {
   EXPECT_EQ(Options({"--medium", "G"}).medium, "G");
   EXPECT_EQ(Options({"--interval", "900"}).intervalSeconds, 900u);
   EXPECT_EQ(Options({"--rules", "rules.toml"}).rulesFile, "rules.toml");
+  EXPECT_TRUE(Options({"--no-rules"}).noRules);
   EXPECT_TRUE(Options({"--keep-names"}).keepNames);
   EXPECT_THAT(Options({"--meter", "A", "--meter", "B"}).meters, ElementsAre("A", "B"));
   EXPECT_TRUE(Options({"--raw"}).raw);
@@ -134,6 +136,7 @@ TEST(EhzOptions, RefuseAWrongOneAndSayWhich) {
       {{"--input", "sim", "--rounds", "-1"}, "--rounds"},
       {{"--input", "sim", "--begin", "4294967296"}, "--begin"},
       {{"--input", "-", "--rules"}, "--rules"},
+      {{"--input", "-", "--no-rules", "--rules", "rules.toml"}, "--rules"},
       {{"--input", "-", "--nonsense"}, "--nonsense"},
       {{"--input", "-", "extra"}, "extra"},
   };
@@ -151,6 +154,7 @@ TEST(EhzOptions, WithoutAnInputTheConfigurationIsObeyed) {
   EXPECT_TRUE(parsed.options.configured);
   EXPECT_EQ(parsed.options.interfaceName, "SIM");
   EXPECT_EQ(Parse({}).options.interfaceName, "") << "all interfaces";
+  EXPECT_TRUE(Parse({"--no-rules"}).options.configured);
   EXPECT_FALSE(Parse({"--input", "sim"}).options.configured);
 }
 
@@ -158,9 +162,10 @@ TEST(EhzOptions, ExplainThemselves) {
   const cParsed parsed = Parse({"--help"});
   EXPECT_FALSE(parsed.runs);
   EXPECT_EQ(parsed.exitCode, eExitOk);
-  for (const char* option : {"--dir",   "--interface",  "--input",  "--baud",   "--framing", "--medium", "--interval",
-                             "--rules", "--keep-names", "--meter",  "--raw",    "--once",    "--wait",   "--trace",
-                             "--seed",  "--meters",     "--period", "--rounds", "--begin",   "--solar",  "Exit codes"})
+  for (const char* option :
+       {"--dir",      "--interface",  "--input",  "--baud",  "--framing", "--medium",  "--interval", "--rules",
+        "--no-rules", "--keep-names", "--meter",  "--raw",   "--once",    "--wait",    "--trace",    "--seed",
+        "--meters",   "--period",     "--rounds", "--begin", "--solar",   "Exit codes"})
     EXPECT_THAT(parsed.said, HasSubstr(option));
 }
 

@@ -55,6 +55,20 @@ TEST(EhzSettings, SimulateTheInterfaceSimUnlessItHasAnInput) {
   EXPECT_TRUE(settings.simulated);
 }
 
+TEST(EhzSettings, ChooseTheLightThatFlashes) {
+  const auto light = [](const std::string& options) {
+    cEhzSettings settings;
+    std::string error;
+    EXPECT_TRUE(ReadSettings(Interface("SIM", options), settings, error)) << error;
+    return settings.light;
+  };
+  EXPECT_EQ(light(""), 1u);
+  EXPECT_EQ(light("light=0"), 0u);
+  EXPECT_EQ(light("light=1"), 1u);
+  EXPECT_EQ(light("light=2"), 2u);
+  EXPECT_EQ(SettingsOf(cEhzOptions()).light, 1u) << "of the command line";
+}
+
 TEST(EhzSettings, NameTheOptionThatIsWrong) {
   const struct {
     const char* interface;
@@ -71,6 +85,9 @@ TEST(EhzSettings, NameTheOptionThatIsWrong) {
       {"SIM", "meters=0", "interface 'SIM': option 'meters': '0' is no number from 1 to 1000"},
       {"SIM", "period=86401", "interface 'SIM': option 'period': '86401' is no number from 1 to 86400"},
       {"SIM", "interval=1x", "interface 'SIM': option 'interval': '1x' is no number from 0 to 86400"},
+      {"SIM", "light=3", "interface 'SIM': option 'light': '3' is no number from 0 to 2"},
+      {"SIM", "light=-1", "interface 'SIM': option 'light': '-1' is no number from 0 to 2"},
+      {"SIM", "light=", "interface 'SIM': option 'light': '' is no number from 0 to 2"},
       {"SIM", "meters", "interface 'SIM': option 'meters': '' is no number from 1 to 1000"},
   };
   for (const auto& [interface, options, expected] : kCases) {

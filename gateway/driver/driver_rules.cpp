@@ -3,7 +3,7 @@
 
 #include <unistd.h>
 
-#include <set>
+#include <map>
 #include <string>
 
 namespace tav {
@@ -18,10 +18,11 @@ std::string RenamedTo(const std::string& name) {
   return channelFree.substr(0, channelFree.find('*')) + (star != std::string::npos ? obis.substr(star) : std::string());
 }
 
+// Values that have one name anyway do not collide.
 bool WouldCollide(const cMeterRecord& reading) {
-  std::set<std::string> names;
+  std::map<std::string, std::string> names;
   for (const cMeasurementEntry& entry : reading.GetMeasurementEntries())
-    if (!names.insert(RenamedTo(entry.GetName())).second) return true;
+    if (names.emplace(RenamedTo(entry.GetName()), entry.GetName()).first->second != entry.GetName()) return true;
   return false;
 }
 

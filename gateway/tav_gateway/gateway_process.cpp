@@ -23,7 +23,7 @@ constexpr mode_t kPrivate = 027;
 void Complain(const std::string& text) { std::fprintf(stderr, "tav-gateway: %s\n", text.c_str()); }
 
 void SetTraceLevel(int level) {
-  for (const char* name : {"UnitTAV", "UnitVORN", "UnitGateway", "UnitData", "UnitObis", "UnitStatus", "UnitDevice"})
+  for (const char* name : {"UnitTAV", "UnitVORN", "UnitGateway", "UnitData", "UnitObis", "UnitStatus"})
     vorn::cUnit::Find(name)->SetLevel(level);
 }
 

@@ -52,7 +52,7 @@ TEST_F(Application, SaysWhatIsWrongWithACommandLine) {
       {{"last", "a", "b"}, "tavctl last: there is no option or place for \"b\"; see tavctl last --help\n"},
       {{"meters", "-x"}, "tavctl meters: there is no option or place for \"-x\"; see tavctl meters --help\n"},
       {{"values"}, "tavctl values: METER is required; see tavctl values --help\n"},
-      {{"monitor"}, "tavctl monitor: SERVICE is required; see tavctl monitor --help\n"},
+      {{"protocol"}, "tavctl protocol: SERVICE is required; see tavctl protocol --help\n"},
       {{"manifest"}, "tavctl manifest: FILE is required; see tavctl manifest --help\n"},
       {{"values", "M", "--limit", "few"},
        "tavctl values: --limit: expected a whole number from 0 on, found \"few\"; see tavctl values --help\n"},

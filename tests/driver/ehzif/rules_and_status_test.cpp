@@ -25,7 +25,8 @@ class RulesAndStatus : public EhzifProcess {
     return cChildProcess({"/bin/sh", "-c", command}).Wait().value_or(-1);
   }
   bool AwaitCtl(const std::string& arguments, const std::string& text) const {
-    for (int tries = 0; tries < 1'000; ++tries)
+    using namespace std::chrono;
+    for (const auto end = steady_clock::now() + seconds(60); steady_clock::now() < end;)
       if (Ctl(arguments) == 0 && Load("ctl").find(text) != std::string::npos) return true;
     return false;
   }

@@ -22,8 +22,13 @@ cStatusKeeper::cStatusKeeper(cServiceHost* host, cStatusStore* store, cStatusSet
 
 cStatusKeeper::~cStatusKeeper() { Write(); }
 
-void cStatusKeeper::Wake() {
-  if (!m_task.IsStarted()) m_task.Start(kDelayMs, kSlackMs);
+void cStatusKeeper::Wake(bool soon) {
+  if (m_task.IsStarted() && (!soon || m_soon)) return;
+  m_soon = soon;
+  if (soon)
+    m_task.Start(kSoonMs);
+  else
+    m_task.Start(kDelayMs, kSlackMs);
 }
 
 void cStatusKeeper::Restore() {

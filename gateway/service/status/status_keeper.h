@@ -13,6 +13,7 @@ namespace tav::gateway {
 class cStatusKeeper {
  public:
   static constexpr unsigned int kDelayMs = 10'000;
+  static constexpr unsigned int kSoonMs = 200;
   static constexpr unsigned int kSlackMs = 5'000;
 
   // All outlive the keeper; the set is filled with what the store holds.
@@ -20,8 +21,8 @@ class cStatusKeeper {
   // Writes what is not written yet.
   ~cStatusKeeper();
 
-  // The set may have changed.
-  void Wake();
+  // The set may have changed; soon: in a way that should not be lost.
+  void Wake(bool soon = false);
   // Why the last writing or reading failed; it is tried again.
   const std::string& GetFault() const { return m_fault; }
 
@@ -34,6 +35,7 @@ class cStatusKeeper {
   cStatusStore* m_store;
   cStatusSet* m_set;
   cTask m_task;
+  bool m_soon = false;
   cStatusSet::Values m_written;
   std::string m_fault;
 };

@@ -1,7 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <gateway/service/status/status_server.h>
 
+#include <signal.h>
+
 #include <algorithm>
+#include <cerrno>
 
 #include <tav/framework/time.h>
 #include <tav/framework/trace.h>
@@ -30,6 +33,7 @@ cStatusServer::cStatusServer(cServiceHost* host, cStatusStore* store)
       m_keeper(host, store, &m_set),
       m_tell(host, [this] { TellAll(); }),
       m_expiry(host, [this] { Expire(); }) {
+  m_set.SetIsRunning([](unsigned int pid) { return kill(static_cast<pid_t>(pid), 0) == 0 || errno == EPERM; });
   // A value may be named like the key that stands for all names, and be of any type.
   On(
       status::eChange, [this](const vorn::cMsg& request) { Change(request); }, eCheck::Own);
@@ -121,7 +125,7 @@ void cStatusServer::TellAll() {
     if (const auto telling = m_set.Tell(client->second)) Tell(*channel, *telling);
   }
   m_set.Told();
-  m_keeper.Wake();
+  m_keeper.Wake(m_set.TakeAdded());
 }
 
 void cStatusServer::Tell(vorn::cScmChannel& channel, const cStatusSet::cTelling& telling) {

@@ -134,11 +134,7 @@ std::string cStatusSet::Take(std::uint64_t client, const vorn::cRecord& copy, co
   for (const auto& [name, value] : items) {
     if (!value) continue;
     says[name] = *value;
-    const auto known = m_values.find(name);
-    const bool isSame = known != m_values.end() && known->second.value == *value;
-    const bool isIts = known != m_values.end() && known->second.client == 0 && known->second.process == speaker.process;
-    if (known == m_values.end() || (isSame ? isIts : !IsOld(known->second, speaker, leftAt)))
-      Set(client, name, *value, now);
+    Believe(client, name, *value, leftAt, now);
   }
   speaker.follows = true;
   for (const auto& [name, value] : m_values)
@@ -147,16 +143,33 @@ std::string cStatusSet::Take(std::uint64_t client, const vorn::cRecord& copy, co
   return {};
 }
 
+// What a client says about one value in its copy.
+void cStatusSet::Believe(std::uint64_t client, const std::string& name, const std::string& value,
+                         std::optional<std::uint64_t> leftAt, const cStatusMoment& now) {
+  const cClient& speaker = m_clients[client];
+  const auto known = m_values.find(name);
+  if (known == m_values.end()) return Set(client, name, value, now);
+  const bool isSame = known->second.value == value;
+  if (known->second.client == 0 && IsHeirOf(known->second, speaker) && !speaker.follows)
+    Set(client, name, value, now);
+  else if (known->second.client == client && !isSame)
+    Set(client, name, value, now);
+  else if (!isSame && !IsOld(known->second, speaker, leftAt))
+    Update(name, value, client, now);
+}
+
+// Of a value whose writer is gone: the writer itself, or its successor.
+bool cStatusSet::IsHeirOf(const cStatusValue& known, const cClient& client) const {
+  return known.process == client.process && (known.pid == client.pid || !m_isRunning(known.pid));
+}
+
 bool cStatusSet::WasRemoved(const std::string& name, std::optional<std::uint64_t> leftAt) const {
   const auto removal = m_removals.find(name);
   return leftAt && removal != m_removals.end() && removal->second > *leftAt;
 }
 
 bool cStatusSet::IsOld(const cStatusValue& known, const cClient& client, std::optional<std::uint64_t> leftAt) const {
-  if (known.client != 0) return &m_clients.at(known.client) != &client;
-  if (client.follows) return true;
-  const bool isIts = known.process == client.process && known.pid == client.pid;
-  return leftAt && known.version > *leftAt && !isIts;
+  return known.client != 0 || client.follows || (leftAt && known.version > *leftAt);
 }
 
 // What the client had published and has removed while it was away. One that brings nothing of what it had published
@@ -197,14 +210,20 @@ void cStatusSet::Set(std::uint64_t client, const std::string& name, const std::s
   known.client = client;
   known.process = speaker.process;
   known.pid = speaker.pid;
-  if (!changes && !known.contested) return;
-  m_bytes += BytesOf(name, value);
-  m_bytes -= fresh ? 0 : BytesOf(name, known.value);
-  if (changes) known.changed = now.utc;
+  m_bytes += fresh ? name.size() : 0;
+  m_added |= fresh;
+  if (changes || known.contested) Update(name, value, client, now);
+}
+
+void cStatusSet::Update(const std::string& name, const std::string& value, std::uint64_t by, const cStatusMoment& now) {
+  cStatusValue& known = m_values[name];
+  m_bytes += value.size();
+  m_bytes -= known.value.size();
+  if (known.version == 0 || known.value != value) known.changed = now.utc;
   known.value = value;
   known.version = ++m_version;
   m_removals.erase(name);
-  News(name, known.contested ? 0 : client);
+  News(name, known.contested ? 0 : by);
 }
 
 void cStatusSet::Remove(std::uint64_t by, const std::string& name) {

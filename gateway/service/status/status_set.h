@@ -6,15 +6,19 @@
 // has set meanwhile would be overwritten by what it had set before. Only a value that a client has set after it was
 // told another one's is told to all from then on, in the order in which the service took the changes.
 //
-// A client that comes (back) brings its whole copy along. What it says about a value counts, unless its copy is old:
-// another client that is connected is the writer, or the value was changed or removed while it was away.
+// A client that comes (back) brings its whole copy along, those of others included. What it says about a value counts,
+// unless its copy is old: another client that is connected is the writer, or the value was changed or removed while it
+// was away. But a value that belongs to a process which is still to come back stays that process's: others may know it
+// better than a service that was started anew, the writer knows it best.
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <optional>
 #include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <tav/framework/record.h>
@@ -58,6 +62,9 @@ class cStatusSet {
     vorn::cRecord values;
   };
 
+  // Whether a process is there, connected or not; by default none that is not connected is.
+  void SetIsRunning(std::function<bool(unsigned int pid)> isRunning) { m_isRunning = std::move(isRunning); }
+
   // ---- the start: what was known when the service ended
   void Restore(const std::string& name, const cStatusValue& value, std::int64_t loopMs);
 
@@ -78,6 +85,8 @@ class cStatusSet {
   // Call when all clients were asked.
   void Told();
   bool HasNews() const { return !m_news.empty() || m_removed || !m_restless.empty(); }
+  // Names were added since it was asked last: whose they are should be known to a service that is started anew.
+  bool TakeAdded() { return std::exchange(m_added, false); }
   // Removes the values of clients that are gone for too long; whether there were any.
   bool Expire(std::int64_t loopMs);
   // Something was removed since a change was refused for want of room.
@@ -108,12 +117,18 @@ class cStatusSet {
   void RemoveAllOf(std::uint64_t client);
   bool WasRemoved(const std::string& name, std::optional<std::uint64_t> leftAt) const;
   bool IsOld(const cStatusValue& known, const cClient& client, std::optional<std::uint64_t> leftAt) const;
+  bool IsHeirOf(const cStatusValue& known, const cClient& client) const;
+  void Believe(std::uint64_t client, const std::string& name, const std::string& value,
+               std::optional<std::uint64_t> leftAt, const cStatusMoment& now);
+  void Update(const std::string& name, const std::string& value, std::uint64_t by, const cStatusMoment& now);
   void DropUnnamed(const cClient& client, const Items& copy);
   std::optional<std::uint64_t> ComeBack(const cClient& client);
   void News(const std::string& name, std::uint64_t except);
   vorn::cRecord All() const;
 
+  std::function<bool(unsigned int)> m_isRunning = [](unsigned int) { return false; };
   Values m_values;
+  bool m_added = false;
   std::size_t m_bytes = 0;
   bool m_roomAgain = false;
   std::uint64_t m_version = 0;

@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <gateway/rules/rules_file.h>
 
-#include <toml++/toml.h>
-
 #include <cerrno>
 #include <charconv>
 #include <cstdint>
@@ -11,6 +9,8 @@
 #include <limits>
 #include <memory>
 #include <set>
+
+#include <gateway/rules/toml.h>
 
 namespace tav::rules {
 

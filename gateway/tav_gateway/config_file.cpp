@@ -4,8 +4,7 @@
 #include <fstream>
 #include <sstream>
 
-#define TOML_EXCEPTIONS 1
-#include <toml++/toml.h>
+#include <gateway/rules/toml.h>
 
 namespace tav::gateway {
 

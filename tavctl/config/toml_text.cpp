@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <tavctl/config/toml_text.h>
 
-#include <toml++/toml.h>
-
 #include <sstream>
+
+#include <gateway/rules/toml.h>
 
 namespace tav::ctl {
 

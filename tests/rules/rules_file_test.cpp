@@ -155,5 +155,11 @@ TEST_F(RulesFile, LeavesTheMapAloneWhenItIsRefused) {
   EXPECT_EQ(m_map.ToString(), "1-0:9.8.0 Old");
 }
 
+// Found by fuzzing: the TOML library asserts that a name begins here.
+TEST_F(RulesFile, RefusesGarbageInAHeader) {
+  EXPECT_FALSE(Read(std::string("[[\1\0\0\0\0\0\0\x1brue[lr", 16)));
+  EXPECT_NE(m_error, "");
+}
+
 }  // namespace
 }  // namespace tav::rules

@@ -50,9 +50,9 @@ cBareStore::cBareStore(const std::string& file, data::eDurability durability, un
       m_commit(m_database, "COMMIT"),
       m_reading(m_database, "INSERT INTO reading VALUES(?,?,0,?,?,?,0)"),
       m_values(m_database, "INSERT INTO value VALUES", "(?,?,?,?,?,NULL)"),
-      m_series(m_database, "INSERT INTO series VALUES", "(?,?,?,?,?,?)",
+      m_series(m_database, "INSERT INTO series VALUES", "(?,?,?,?,?,?,?)",
                " ON CONFLICT(meter, obis) DO UPDATE SET count=count+excluded.count, time=excluded.time, "
-               "value=excluded.value, form=excluded.form") {}
+               "value=excluded.value, form=excluded.form, ord=excluded.ord") {}
 
 void cBareStore::Store(unsigned int meters, unsigned int readings) {
   Run(m_begin);
@@ -78,7 +78,7 @@ void cBareStore::UpdateSeries(std::int64_t meter, std::int64_t time, unsigned in
   SQLite::Statement& series = m_series.For(m_rows);
   int index = 0;
   for (unsigned int value = 1; value <= kValues; ++value) {
-    Bind(series, index, meter, value, readings, time, PackedValue(time, value), kSome);
+    Bind(series, index, meter, value, readings, time, PackedValue(time, value), kSome, readings);
     if (value % m_rows == 0) Run(series, index);
   }
 }

@@ -19,7 +19,7 @@ void cGpioRelay::cClose::operator()(gpiod_chip* chip) const { gpiod_chip_close(c
 std::string cGpioRelay::Switch(bool closed) {
   if (!m_chip) return Request(closed);
   if (gpiod_line_set_value(gpiod_chip_get_line(m_chip.get(), m_lineNumber), closed) == 0) return {};
-  const std::string fault = Fault(GetPlace() + " cannot be set");
+  std::string fault = Fault(GetPlace() + " cannot be set");
   m_chip.reset();  // it may be a device that was pulled out
   return fault;
 }

@@ -147,7 +147,7 @@ std::string cObisServer::CheckRoom(const std::vector<cChange>& changes) const {
 }
 
 std::string cObisServer::Store(const std::vector<cChange>& changes) {
-  if (const std::string full = CheckRoom(changes); !full.empty()) return full;
+  if (std::string full = CheckRoom(changes); !full.empty()) return full;
   const data::cFault fault = Write([&](cObisRuleTable& table) {
     for (const cChange& change : changes)
       if (change.rule)

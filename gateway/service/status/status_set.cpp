@@ -150,9 +150,8 @@ void cStatusSet::Believe(std::uint64_t client, const std::string& name, const st
   const auto known = m_values.find(name);
   if (known == m_values.end()) return Set(client, name, value, now);
   const bool isSame = known->second.value == value;
-  if (known->second.client == 0 && IsHeirOf(known->second, speaker) && !speaker.follows)
-    Set(client, name, value, now);
-  else if (known->second.client == client && !isSame)
+  const bool inherits = known->second.client == 0 && !speaker.follows && IsHeirOf(known->second, speaker);
+  if (inherits || (known->second.client == client && !isSame))
     Set(client, name, value, now);
   else if (!isSame && !IsOld(known->second, speaker, leftAt))
     Update(name, value, client, now);

@@ -22,7 +22,8 @@ void Soak(benchmark::State& state) {
   const cTempFolder folder;
   const cChild gateway({TAV_GATEWAY, "run", "--dir", folder.GetPath(), "--trace", "2"});
   cSoakWorld world(folder.GetPath(), kClients, 4711);
-  if (!gateway.IsReady() || !world.Connect() || !world.WarmUp()) return state.SkipWithError("the clients do not all connect, or do not agree");
+  if (!gateway.IsReady() || !world.Connect() || !world.WarmUp())
+    return state.SkipWithError("the clients do not all connect, or do not agree");
   std::vector<double> resident;
   std::vector<double> converged;
   const double cpu = CpuSeconds(gateway.GetPid());

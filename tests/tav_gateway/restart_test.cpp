@@ -163,7 +163,8 @@ TEST_F(Restarts, InAnyOrderEndInTheSameState) {
       if (step % 3 == 0) EndService(names[2], step % 2 == 0 ? SIGKILL : SIGTERM);
     }
     for (const std::string& name : names) StartService(name);
-    ASSERT_TRUE(AwaitClient(client, [&] { return client.IsEverywhere() && client.IsDone(); })) << "seed " << seed << AllSaid();
+    ASSERT_TRUE(AwaitClient(client, [&] { return client.IsEverywhere() && client.IsDone(); }))
+        << "seed " << seed << AllSaid();
     ASSERT_TRUE(AwaitClient(client, [&] { return client.obis.map.GetEntries().count(25) != 0; }));
     const std::string state = StateOf(client);
     if (first.empty()) first = state;

@@ -3,9 +3,9 @@
 
 #include <cstring>
 
+#include <gateway/database/schema.h>
 #include <gateway/service/data/page.h>
 #include <gateway/service/data/query/value_row.h>
-#include <gateway/database/schema.h>
 #include <tav/framework/trace.h>
 #include <tav/service/db_ctrl_protocol.h>
 

@@ -3,8 +3,8 @@
 
 #include <SQLiteCpp/Database.h>
 
-#include <gateway/service/data/config/config_faults.h>
 #include <gateway/database/statement.h>
+#include <gateway/service/data/config/config_faults.h>
 
 namespace tav::data {
 

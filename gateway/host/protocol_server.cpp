@@ -79,13 +79,28 @@ void cProtocolServer::Answer(const vorn::cMsg& request, const vorn::cRecord& rec
 }
 
 void cProtocolServer::Refuse(const vorn::cMsg& request, const std::string& reason) {
-  static vorn::cUnit* const unit = vorn::cUnit::Find("UnitGateway");
   vorn::Trace(
-      unit, 8, GetName(), ": refused ", [&] { return Describe(request.GetType()); }, ": ", reason);
+      Unit(), 8, GetName(), ": refused ", [&] { return Describe(request.GetType()); }, ": ", reason);
   const cProtocolMessage* row = m_protocol.Find(request.GetType());
   vorn::cRecord record;
   record.AppendTextPar("reason", reason);
   Send(request, row != nullptr && row->refusal != 0 ? row->refusal : request.GetType() + 2, record);
+}
+
+bool cProtocolServer::Tell(vorn::cScmChannel& channel, unsigned int type, const vorn::cRecord& record,
+                           const std::string& client) {
+  vorn::cUuid id;
+  id.Create();
+  vorn::cMsg msg(type);
+  msg.SetId(id);
+  msg.Record() = record;
+  if (channel.Send(msg) == 1) return true;
+  if (!channel.IsOpen()) return false;
+  vorn::Trace(
+      Unit(), 4, GetName(), ": ", [&] { return client.empty() ? channel.GetPeer().ToString() : client; },
+      " does not read: its connection is closed, so that it asks anew");
+  channel.Close();
+  return false;
 }
 
 std::string cProtocolServer::Describe(unsigned int type) const {

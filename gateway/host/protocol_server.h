@@ -28,6 +28,9 @@ class cProtocolServer : public vorn::cScmServer {
   // not fit a frame becomes a refusal that says so.
   void Answer(const vorn::cMsg& request, const vorn::cRecord& record = {});
   void Refuse(const vorn::cMsg& request, const std::string& reason);
+  // Something that a client has not asked for, under a fresh identifier. A client that does not read is disconnected:
+  // when it is back it asks anew. False: it was not told. client: what the line of trace calls it, else the peer.
+  bool Tell(vorn::cScmChannel& channel, unsigned int type, const vorn::cRecord& record, const std::string& client = {});
 
  protected:
   enum class eCheck {

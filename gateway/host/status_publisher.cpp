@@ -4,6 +4,7 @@
 #include <list>
 
 #include <tav/framework/time.h>
+#include <tav/service/status_protocol.h>
 
 namespace tav::gateway {
 
@@ -34,7 +35,8 @@ cStatusValues cStatusPublisher::Collect() const {
     values.Set("started", entry.started);
     entry.source(values);
     for (const auto& [name, value] : values)
-      if (std::string full = entry.prefix + "." + name; full.size() <= kMaxNameBytes && value.size() <= kMaxValueBytes)
+      if (const std::string full = entry.prefix + "." + name;
+          full.size() <= status::kMaxNameBytes && value.size() <= status::kMaxValueBytes)
         all.Set(full, value);
   }
   return all;

@@ -19,11 +19,9 @@ class cStatusPublisher {
   // How often the owner should publish.
   static constexpr unsigned int kIntervalMs = 5'000;
   static constexpr unsigned int kSlackMs = 1'000;
-  // What is longer is left out: the service would refuse it, and with it all that is told beside it.
-  static constexpr std::size_t kMaxNameBytes = 200;
-  static constexpr std::size_t kMaxValueBytes = 4'096;
 
-  // Adds its values, named without the prefix.
+  // Adds its values, named without the prefix. What is too long is left out: the service would refuse it, and with it
+  // all that is told beside it.
   using Source = std::function<void(cStatusValues& values)>;
 
   // The service outlives it.

@@ -26,6 +26,10 @@ inline constexpr cProtocolKey kValue     {"value",     vorn::eParText,   "the va
 // The name that stands, without text and alone in a message, for all values of the client that sends it.
 inline constexpr const char* kAll = "*";
 
+// Of a name and of a value: a message with a longer one is refused whole.
+inline constexpr std::size_t kMaxNameBytes = 200;
+inline constexpr std::size_t kMaxValueBytes = 4'096;
+
 // ---- message numbers; never reused
 
 enum eMessage : unsigned int {

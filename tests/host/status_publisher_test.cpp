@@ -19,9 +19,6 @@ using testing::Ge;
 using testing::IsEmpty;
 using testing::Le;
 
-static_assert(cStatusPublisher::kMaxNameBytes == cStatusSet::kMaxNameBytes);
-static_assert(cStatusPublisher::kMaxValueBytes == cStatusSet::kMaxValueBytes);
-
 // A publisher of two sources, and a service that writes down what it is told.
 class StatusPublisher : public testing::Test {
  protected:
@@ -141,8 +138,8 @@ TEST_F(StatusPublisher, BringsEverythingToAServiceThatComesLaterAndToOneThatCome
 
 TEST_F(StatusPublisher, LeavesOutWhatTheServiceWouldRefuse) {
   Serve();
-  const std::string name(cStatusPublisher::kMaxNameBytes - std::string("first.").size(), 'n');
-  const std::string value(cStatusPublisher::kMaxValueBytes, 'v');
+  const std::string name(cStatusSet::kMaxNameBytes - std::string("first.").size(), 'n');
+  const std::string value(cStatusSet::kMaxValueBytes, 'v');
   m_first = {{name, "1"}, {name + "n", "2"}, {"a", value}, {"b", value + "v"}, {"c", "3"}};
   EXPECT_THAT(Publish(), ElementsAre("first.a text=" + value, "first.c text=3", "first." + name + " text=1"));
 }

@@ -7,7 +7,6 @@
 #include <cerrno>
 
 #include <tav/framework/time.h>
-#include <tav/framework/trace.h>
 #include <tav/service/status_protocol.h>
 
 namespace tav::gateway {
@@ -42,7 +41,7 @@ cStatusServer::cStatusServer(cServiceHost* host, cStatusStore* store)
   On(
       status::eAllValues, [this](const vorn::cMsg& answer) { TakeAnswer(answer); }, eCheck::Own);
   On(status::eReplaced, [this](const vorn::cMsg& answer) {
-    m_set.Replaced(ClientOf(answer));
+    m_set.Replaced(ClientOf(answer.GetReplyChannel().get()));
     Wake();
   });
   On(status::eList, [this](const vorn::cMsg& request) { List(request); });
@@ -64,8 +63,8 @@ void cStatusServer::OnClose(vorn::cScmChannel& channel) {
   m_clients.erase(client);
 }
 
-std::uint64_t cStatusServer::ClientOf(const vorn::cMsg& msg) const {
-  const auto client = m_clients.find(msg.GetReplyChannel().get());
+std::uint64_t cStatusServer::ClientOf(const vorn::cScmChannel* channel) const {
+  const auto client = m_clients.find(channel);
   return client != m_clients.end() ? client->second : 0;
 }
 
@@ -75,7 +74,7 @@ cStatusMoment cStatusServer::Now() const { return {vorn::cTime::Now().GetSeconds
 
 void cStatusServer::Change(const vorn::cMsg& request) {
   ++m_counters.changes;
-  const std::string fault = m_set.Change(ClientOf(request), request.Record(), Now());
+  const std::string fault = m_set.Change(ClientOf(request.GetReplyChannel().get()), request.Record(), Now());
   if (!fault.empty()) return Refuse(request, fault);
   Answer(request);
   Wake();
@@ -83,7 +82,7 @@ void cStatusServer::Change(const vorn::cMsg& request) {
 
 void cStatusServer::TakeFullSet(const vorn::cMsg& request) {
   vorn::cRecord missing;
-  const std::string fault = m_set.Take(ClientOf(request), request.Record(), Now(), missing);
+  const std::string fault = m_set.Take(ClientOf(request.GetReplyChannel().get()), request.Record(), Now(), missing);
   if (!fault.empty()) return Refuse(request, fault);
   Answer(request, missing);
   Wake();
@@ -92,8 +91,8 @@ void cStatusServer::TakeFullSet(const vorn::cMsg& request) {
 // To the question that follows a refusal.
 void cStatusServer::TakeAnswer(const vorn::cMsg& answer) {
   vorn::cRecord missing;
-  const std::string fault = m_set.Take(ClientOf(answer), answer.Record(), Now(), missing);
-  if (fault.empty() && !missing.IsEmpty()) Send(*answer.GetReplyChannel(), status::eValues, missing);
+  const std::string fault = m_set.Take(ClientOf(answer.GetReplyChannel().get()), answer.Record(), Now(), missing);
+  if (fault.empty() && !missing.IsEmpty()) Tell(*answer.GetReplyChannel(), status::eValues, missing);
   Wake();
 }
 
@@ -120,42 +119,26 @@ void cStatusServer::Wake() {
 void cStatusServer::TellAll() {
   AskRefused();
   for (const auto& channel : GetChannels()) {
-    const auto client = m_clients.find(channel.get());
-    if (client == m_clients.end()) continue;
-    if (const auto telling = m_set.Tell(client->second)) Tell(*channel, *telling);
+    const auto telling = m_set.Tell(ClientOf(channel.get()));
+    if (!telling) continue;
+    ++m_counters.told;
+    Tell(*channel, telling->replace ? status::eReplace : status::eValues, telling->values);
   }
   m_set.Told();
   m_keeper.Wake(m_set.TakeAdded());
 }
 
-void cStatusServer::Tell(vorn::cScmChannel& channel, const cStatusSet::cTelling& telling) {
-  ++m_counters.told;
-  Send(channel, telling.replace ? status::eReplace : status::eValues, telling.values);
-}
-
-void cStatusServer::Send(vorn::cScmChannel& channel, unsigned int type, const vorn::cRecord& record) {
-  static vorn::cUnit* const unit = vorn::cUnit::Find("UnitStatus");
-  vorn::cMsg msg(type);
-  vorn::cUuid id;
-  id.Create();
-  msg.SetId(id);
-  msg.Record() = record;
-  if (channel.Send(msg) == 1 || !channel.IsOpen()) return;
-  vorn::Trace(unit, 4, channel.GetPeer().ToString(), " does not read the status values, it is disconnected");
-  channel.Close();
-}
-
 // Their copies hold what the set does not, and there may be room now. Before they are replaced.
 void cStatusServer::AskRefused() {
-  if (!m_set.HasRoomAgain()) return;
   const std::vector<std::uint64_t> refused = m_set.TakeRefused();
   for (const auto& channel : GetChannels())
-    if (std::find(refused.begin(), refused.end(), m_clients[channel.get()]) != refused.end())
-      Send(*channel, status::eAsk);
+    if (std::find(refused.begin(), refused.end(), ClientOf(channel.get())) != refused.end())
+      Tell(*channel, status::eAsk, {});
 }
 
 void cStatusServer::Expire() {
-  if (m_set.Expire(m_host->GetClock().Now())) Wake();
+  m_set.Expire(m_host->GetClock().Now());
+  Wake();
   m_expiry.Start(kExpiryMs, kExpiryMs);
 }
 

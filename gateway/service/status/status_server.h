@@ -37,7 +37,8 @@ class cStatusServer final : public cProtocolServer {
   void OnClose(vorn::cScmChannel& channel) override;
 
  private:
-  std::uint64_t ClientOf(const vorn::cMsg& msg) const;
+  // 0 for a channel that is no client's.
+  std::uint64_t ClientOf(const vorn::cScmChannel* channel) const;
   cStatusMoment Now() const;
   void Change(const vorn::cMsg& request);
   void TakeFullSet(const vorn::cMsg& request);
@@ -47,8 +48,6 @@ class cStatusServer final : public cProtocolServer {
   // Something may have changed: tells it at the end of the turn.
   void Wake();
   void TellAll();
-  void Tell(vorn::cScmChannel& channel, const cStatusSet::cTelling& telling);
-  void Send(vorn::cScmChannel& channel, unsigned int type, const vorn::cRecord& record = {});
   void AskRefused();
   void Expire();
 

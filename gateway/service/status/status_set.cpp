@@ -4,8 +4,6 @@
 #include <algorithm>
 #include <utility>
 
-#include <tav/service/status_protocol.h>
-
 namespace tav::gateway {
 
 namespace {
@@ -129,13 +127,11 @@ std::string cStatusSet::Take(std::uint64_t client, const vorn::cRecord& copy, co
     speaker.refused = true;
     return full;
   }
-  DropUnnamed(speaker, items);
-  std::map<std::string, std::string> says;
-  for (const auto& [name, value] : items) {
-    if (!value) continue;
-    says[name] = *value;
-    Believe(client, name, *value, leftAt, now);
-  }
+  Copy says;
+  for (const auto& [name, value] : items)
+    if (value) says[name] = *value;
+  DropUnnamed(speaker, says);
+  for (const auto& [name, value] : says) Believe(client, name, value, leftAt, now);
   speaker.follows = true;
   for (const auto& [name, value] : m_values)
     if (const auto said = says.find(name); said == says.end() || said->second != value.value)
@@ -154,7 +150,7 @@ void cStatusSet::Believe(std::uint64_t client, const std::string& name, const st
   if (inherits || (known->second.client == client && !isSame))
     Set(client, name, value, now);
   else if (!isSame && !IsOld(known->second, speaker, leftAt))
-    Update(name, value, client, now);
+    Update(known->second, name, value, client, now);
 }
 
 // Of a value whose writer is gone: the writer itself, or its successor.
@@ -173,20 +169,16 @@ bool cStatusSet::IsOld(const cStatusValue& known, const cClient& client, std::op
 
 // What the client had published and has removed while it was away. One that brings nothing of what it had published
 // along starts anew, or is another one of its process.
-void cStatusSet::DropUnnamed(const cClient& client, const Items& copy) {
-  std::set<std::string> named;
-  for (const auto& [name, value] : copy) named.insert(name);
-  std::vector<std::string> unnamed;
-  bool knows = false;
-  for (const auto& [name, value] : m_values) {
-    if (value.client != 0 || value.process != client.process || value.pid != client.pid) continue;
-    if (named.count(name) != 0)
-      knows = true;
-    else
-      unnamed.push_back(name);
-  }
+void cStatusSet::DropUnnamed(const cClient& client, const Copy& copy) {
+  const auto wasIts = [&](const cStatusValue& value) {
+    return value.client == 0 && value.process == client.process && value.pid == client.pid;
+  };
+  const bool knows = std::any_of(m_values.begin(), m_values.end(), [&](const auto& value) {
+    return wasIts(value.second) && copy.count(value.first) != 0;
+  });
   if (!knows) return;
-  for (const std::string& name : unnamed) Remove(0, name);
+  RemoveAll(0,
+            [&](const std::string& name, const cStatusValue& value) { return wasIts(value) && copy.count(name) == 0; });
 }
 
 void cStatusSet::Replaced(std::uint64_t client) {
@@ -211,11 +203,11 @@ void cStatusSet::Set(std::uint64_t client, const std::string& name, const std::s
   known.pid = speaker.pid;
   m_bytes += fresh ? name.size() : 0;
   m_added |= fresh;
-  if (changes || known.contested) Update(name, value, client, now);
+  if (changes || known.contested) Update(known, name, value, client, now);
 }
 
-void cStatusSet::Update(const std::string& name, const std::string& value, std::uint64_t by, const cStatusMoment& now) {
-  cStatusValue& known = m_values[name];
+void cStatusSet::Update(cStatusValue& known, const std::string& name, const std::string& value, std::uint64_t by,
+                        const cStatusMoment& now) {
   m_bytes += value.size();
   m_bytes -= known.value.size();
   if (known.version == 0 || known.value != value) known.changed = now.utc;
@@ -242,26 +234,29 @@ void cStatusSet::Remove(std::uint64_t by, const std::string& name) {
   m_removed = m_roomAgain = true;
 }
 
-// Its copy is empty now, and is to hold the values of the others.
-void cStatusSet::RemoveAllOf(std::uint64_t client) {
+template <typename Which>
+void cStatusSet::RemoveAll(std::uint64_t by, const Which& which) {
   std::vector<std::string> names;
   for (const auto& [name, value] : m_values)
-    if (value.client == client) names.push_back(name);
-  for (const std::string& name : names) Remove(client, name);
+    if (which(name, value)) names.push_back(name);
+  for (const std::string& name : names) Remove(by, name);
+}
+
+// Its copy is empty now, and is to hold the values of the others.
+void cStatusSet::RemoveAllOf(std::uint64_t client) {
+  RemoveAll(client, [&](const std::string&, const cStatusValue& value) { return value.client == client; });
   m_restless.insert(client);
 }
 
-bool cStatusSet::Expire(std::int64_t loopMs) {
-  std::vector<std::string> names;
-  for (const auto& [name, value] : m_values)
-    if (value.client == 0 && loopMs - value.goneSince >= kKeepGoneMs) names.push_back(name);
-  for (const std::string& name : names) Remove(0, name);
-  return !names.empty();
+void cStatusSet::Expire(std::int64_t loopMs) {
+  RemoveAll(0, [&](const std::string&, const cStatusValue& value) {
+    return value.client == 0 && loopMs - value.goneSince >= kKeepGoneMs;
+  });
 }
 
 std::vector<std::uint64_t> cStatusSet::TakeRefused() {
-  m_roomAgain = false;
   std::vector<std::uint64_t> refused;
+  if (!std::exchange(m_roomAgain, false)) return refused;
   for (auto& [client, state] : m_clients)
     if (std::exchange(state.refused, false)) refused.push_back(client);
   return refused;

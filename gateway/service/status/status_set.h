@@ -22,6 +22,7 @@
 #include <vector>
 
 #include <tav/framework/record.h>
+#include <tav/service/status_protocol.h>
 
 namespace tav::gateway {
 
@@ -45,8 +46,8 @@ struct cStatusMoment {
 class cStatusSet {
  public:
   static constexpr std::size_t kMaxValues = 10'000;
-  static constexpr std::size_t kMaxNameBytes = 200;
-  static constexpr std::size_t kMaxValueBytes = 4'096;
+  static constexpr std::size_t kMaxNameBytes = status::kMaxNameBytes;
+  static constexpr std::size_t kMaxValueBytes = status::kMaxValueBytes;
   // Of all names and values: the set has to travel in one message.
   static constexpr std::size_t kMaxBytes = std::size_t{1} << 20;
   // How long the values of a client that is gone are kept.
@@ -87,11 +88,9 @@ class cStatusSet {
   bool HasNews() const { return !m_news.empty() || m_removed || !m_restless.empty(); }
   // Names were added since it was asked last: whose they are should be known to a service that is started anew.
   bool TakeAdded() { return std::exchange(m_added, false); }
-  // Removes the values of clients that are gone for too long; whether there were any.
-  bool Expire(std::int64_t loopMs);
-  // Something was removed since a change was refused for want of room.
-  bool HasRoomAgain() const { return m_roomAgain; }
-  // Those whose change it was; each is named once.
+  // Removes the values of clients that are gone for too long.
+  void Expire(std::int64_t loopMs);
+  // Clients of which a change was refused for want of room, when something was removed since; each is named once.
   std::vector<std::uint64_t> TakeRefused();
 
   const Values& GetValues() const { return m_values; }
@@ -110,18 +109,24 @@ class cStatusSet {
 
   // A change as it is read: nothing is taken before all of it was found good.
   using Items = std::vector<std::pair<std::string, std::optional<std::string>>>;
+  // What a client's copy holds.
+  using Copy = std::map<std::string, std::string>;
   std::string Read(const vorn::cRecord& record, Items& items) const;
   std::string CheckRoom(const Items& items) const;
   void Set(std::uint64_t client, const std::string& name, const std::string& value, const cStatusMoment& now);
   void Remove(std::uint64_t by, const std::string& name);
+  // Those of which a function of name and value says so.
+  template <typename Which>
+  void RemoveAll(std::uint64_t by, const Which& which);
   void RemoveAllOf(std::uint64_t client);
   bool WasRemoved(const std::string& name, std::optional<std::uint64_t> leftAt) const;
   bool IsOld(const cStatusValue& known, const cClient& client, std::optional<std::uint64_t> leftAt) const;
   bool IsHeirOf(const cStatusValue& known, const cClient& client) const;
   void Believe(std::uint64_t client, const std::string& name, const std::string& value,
                std::optional<std::uint64_t> leftAt, const cStatusMoment& now);
-  void Update(const std::string& name, const std::string& value, std::uint64_t by, const cStatusMoment& now);
-  void DropUnnamed(const cClient& client, const Items& copy);
+  void Update(cStatusValue& known, const std::string& name, const std::string& value, std::uint64_t by,
+              const cStatusMoment& now);
+  void DropUnnamed(const cClient& client, const Copy& copy);
   std::optional<std::uint64_t> ComeBack(const cClient& client);
   void News(const std::string& name, std::uint64_t except);
   vorn::cRecord All() const;

@@ -92,19 +92,9 @@ void cConfigRequests::Change(const cMsg& request, const Work& change) {
 }
 
 void cConfigRequests::Notify(const cDriverViews& before, const cDriverViews& after) {
-  static vorn::cUnit* const unit = vorn::cUnit::Find("UnitData");
   for (const cDriverNotice& notice : Compare(before, after))
-    for (const cDriverRegistry::Channel& channel : m_drivers->FindAll(notice.driver)) {
-      cMsg message(db_ctrl::eNotifyDriver);
-      vorn::cUuid id;
-      id.Create();
-      message.SetId(id);
-      message.Record() = notice.record;
-      if (channel->Send(message) == 1) continue;
-      vorn::Trace(unit, 4, "driver '", notice.driver,
-                  "' does not read: its connection is closed, so that it asks anew");
-      channel->Close();
-    }
+    for (const cDriverRegistry::Channel& channel : m_drivers->FindAll(notice.driver))
+      m_server->Tell(*channel, db_ctrl::eNotifyDriver, notice.record, "driver '" + notice.driver + "'");
 }
 
 // ---- interfaces

@@ -4,7 +4,6 @@
 #include <nlohmann/json.hpp>
 
 #include <gateway/driver/sml/sml_explain.h>
-#include <gateway/rules/rules_file.h>
 #include <tav/obis/obis_protocol.h>
 #include <tavctl/failure.h>
 #include <tavctl/input_file.h>
@@ -13,7 +12,6 @@
 #include <tavctl/obis/rule_service.h>
 #include <tavctl/options.h>
 #include <tavctl/socket_probe.h>
-#include <tavctl/utf8.h>
 
 namespace tav::ctl {
 
@@ -56,20 +54,13 @@ eExit cExplainCommand::Run(cContext& context) {
                    std::string("explain: --no-rules does not go with ") + (m_query.IsGiven() ? "--value" : "--rules"));
   if (!m_query.IsGiven()) return ExplainCapture(context);
   m_query.Make();  // what is wrong with it needs no gateway
-  return m_query.Answer(m_rulesFile.empty() ? cRuleService(context).GetMap() : ReadRulesFile(context), context);
-}
-
-cObisMap cExplainCommand::ReadRulesFile(cContext& context) const {
-  const std::string text = ReadInput(m_rulesFile, context.streams.in, kMaxRulesFile);
-  cObisMap map;
-  std::string error;
-  if (rules::ReadRulesText(text, RulesSource(m_rulesFile), map, error)) return map;
-  throw cFailure(eExitNegative, ForTerminal(error));
+  return m_query.Answer(m_rulesFile.empty() ? cRuleService(context).GetMap() : ReadRuleMap(m_rulesFile, context),
+                        context);
 }
 
 // Those of a gateway only where one runs: a capture can be explained anywhere.
 std::optional<cObisMap> cExplainCommand::FindRules(cContext& context) const {
-  if (!m_rulesFile.empty()) return ReadRulesFile(context);
+  if (!m_rulesFile.empty()) return ReadRuleMap(m_rulesFile, context);
   if (m_noRules) return std::nullopt;
   const std::string socket = context.service.GetSocketPath(std::string(obis::kProtocol.GetService()));
   if (ProbeSocket(socket).state != eSocket::Listening) return std::nullopt;

@@ -25,7 +25,6 @@ class cExplainCommand final : public cCommand {
  private:
   eExit ExplainCapture(cContext& context) const;
   std::optional<cObisMap> FindRules(cContext& context) const;
-  cObisMap ReadRulesFile(cContext& context) const;
 
   std::string m_file;
   std::string m_rulesFile;

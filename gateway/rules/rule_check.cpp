@@ -5,6 +5,7 @@
 #include <charconv>
 #include <map>
 
+#include <gateway/rules/obis_groups.h>
 #include <gateway/rules/option_check.h>
 #include <tav/record/meter_tav.h>
 
@@ -92,21 +93,20 @@ class cCheck {
   }
 
   void CheckGroups(const std::string& obis) {
-    constexpr const char* kSeparators[] = {"-", ":", ".", ".", "*", ""};
-    std::size_t at = 0;
-    for (char group = 'A'; group <= 'F' && at < obis.size(); ++group) {
-      std::size_t end = obis.find(kSeparators[group - 'A'], at);
-      if (group == 'F') end = obis.size();
-      const std::string text = obis.substr(at, end - at);
-      unsigned int number = 0;
-      const auto [last, fault] = std::from_chars(text.data(), text.data() + text.size(), number);
-      const bool isNumber = last == text.data() + text.size();
-      if (isNumber && (fault != std::errc() || number > kLargestGroup))
-        Add(eLevel::Error, eFinding::Identifier,
-            std::string("group ") + group + " of the identifier is " + text +
-                ", and a group is one byte; write 0 to 255");
-      at = end == std::string::npos ? obis.size() : end + 1;
-    }
+    char name = 'A';
+    for (const std::string& group : GroupsOf(obis)) CheckGroup(name++, group);
+  }
+
+  // A group may also have letters.
+  void CheckGroup(char name, const std::string& group) {
+    unsigned int number = 0;
+    const char* const end = group.data() + group.size();
+    const auto [last, fault] = std::from_chars(group.data(), end, number);
+    const bool isNumber = !group.empty() && last == end;
+    if (isNumber && (fault != std::errc() || number > kLargestGroup))
+      Add(eLevel::Error, eFinding::Identifier,
+          std::string("group ") + name + " of the identifier is " + group +
+              ", and a group is one byte; write 0 to 255");
   }
 
   // ---- one rule and those before it

@@ -2,8 +2,8 @@
 #include <gateway/rules/rule_match.h>
 
 #include <algorithm>
-#include <array>
 
+#include <gateway/rules/obis_groups.h>
 #include <tav/record/meter_tav.h>
 
 namespace tav::rules {
@@ -18,22 +18,8 @@ constexpr unsigned int kOtherRegister = 8;
 constexpr unsigned int kOtherMedium = 2;
 constexpr unsigned int kOtherMeter = 1;
 
-// Groups A to F of an identifier; empty for those that it does not have.
-using Groups = std::array<std::string, 6>;
+// By group, A to F.
 constexpr unsigned int kOtherGroup[] = {4, 1, 32, 16, 8, 2};
-
-Groups GroupsOf(const std::string& obis) {
-  Groups groups;
-  std::size_t group = 0;
-  for (const char character : obis) {
-    constexpr std::string_view kSeparators = "-:..*";
-    if (group < kSeparators.size() && character == kSeparators[group])
-      ++group;
-    else
-      groups[group] += character;
-  }
-  return groups;
-}
 
 const char* ProtocolText(cObisMapEntry::eMapProtocol protocol) {
   switch (protocol) {

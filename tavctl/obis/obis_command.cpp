@@ -8,6 +8,7 @@
 
 #include <gateway/rules/default_rules.h>
 #include <gateway/rules/rule_check.h>
+#include <gateway/rules/rule_difference.h>
 #include <gateway/rules/rules_text.h>
 #include <tavctl/config/toml_text.h>
 #include <tavctl/failure.h>
@@ -57,17 +58,6 @@ bool Holds(const cObisMapEntry& rule, const std::string& text) {
 }
 
 std::string Counted(std::size_t count) { return std::to_string(count) + " rule(s)"; }
-
-// What an import would set or remove.
-unsigned int CountChanges(const cObisMap& map, const cObisMap& present, bool replace) {
-  unsigned int changes = 0;
-  for (const auto& [id, rule] : map.GetEntries()) {
-    const auto found = present.GetEntries().find(id);
-    changes += found == present.GetEntries().end() || !(found->second.ToRecord() == rule.ToRecord()) ? 1 : 0;
-  }
-  for (const auto& [id, rule] : present.GetEntries()) changes += replace && !map.GetEntries().Contains(id) ? 1 : 0;
-  return changes;
-}
 
 }  // namespace
 
@@ -219,8 +209,8 @@ eExit cObisCommand::Import(cContext& context) const {
   const std::string source =
       Counted(map.GetEntries().size()) + " of " + (m_defaults ? "the shipped set" : RulesSource(m_file));
   if (m_dryRun)
-    context.Note("would take " + source + ": " + std::to_string(CountChanges(map, service.GetMap(), m_replace)) +
-                 " change(s)");
+    context.Note("would take " + source + ": " +
+                 std::to_string(rules::Difference(service.GetMap(), map, m_replace).size()) + " change(s)");
   else
     context.Note("took " + source + ": " + std::to_string(service.Apply(map, m_replace)) + " change(s)");
   return eExitDone;

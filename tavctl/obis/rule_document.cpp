@@ -28,14 +28,22 @@ vorn::cRecord RowOf(const rules::cFinding& finding) {
   return row;
 }
 
+template <typename Rules, typename Reader>
+Rules Read(const std::string& file, cContext& context, const Reader& reader) {
+  Rules rules;
+  std::string error;
+  if (reader(ReadInput(file, context.streams.in, kMaxRulesFile), RulesSource(file), rules, error)) return rules;
+  throw cFailure(eExitNegative, ForTerminal(error));
+}
+
 }  // namespace
 
 std::vector<rules::cRawRule> ReadRules(const std::string& file, cContext& context) {
-  const std::string text = ReadInput(file, context.streams.in, kMaxRulesFile);
-  std::vector<rules::cRawRule> rules;
-  std::string error;
-  if (rules::ReadRawRules(text, RulesSource(file), rules, error)) return rules;
-  throw cFailure(eExitNegative, ForTerminal(error));
+  return Read<std::vector<rules::cRawRule>>(file, context, rules::ReadRawRules);
+}
+
+cObisMap ReadRuleMap(const std::string& file, cContext& context) {
+  return Read<cObisMap>(file, context, rules::ReadRulesText);
 }
 
 cObisMap MapOf(const std::vector<rules::cRawRule>& rules) {

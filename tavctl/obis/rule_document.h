@@ -19,6 +19,8 @@ inline std::string RulesSource(const std::string& file) { return file == "-" ? "
 
 // The rules of a TOML file, or of standard input for "-". Throws a cFailure that names file and line.
 std::vector<rules::cRawRule> ReadRules(const std::string& file, cContext& context);
+// The same as a map: every rule has to be right.
+cObisMap ReadRuleMap(const std::string& file, cContext& context);
 
 // Of rules that have no error.
 cObisMap MapOf(const std::vector<rules::cRawRule>& rules);

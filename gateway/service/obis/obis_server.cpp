@@ -14,8 +14,13 @@ vorn::cUnit* Unit() {
   return unit;
 }
 
-bool IsSame(const cObisMapEntry& a, const cObisMapEntry& b) {
-  return a.GetName() == b.GetName() && a.GetObisID() == b.GetObisID() && a.GetMap() == b.GetMap();
+// Empty when a map of that size can be kept.
+std::string FaultOfSize(const cObisMap& map) {
+  if (map.GetEntries().size() > cObisServer::kMaxRules)
+    return "there would be more than " + std::to_string(cObisServer::kMaxRules) + " rules";
+  if (map.ToRecord().GetBytes().size() > cObisServer::kMaxMapBytes)
+    return "the map would be larger than " + std::to_string(cObisServer::kMaxMapBytes) + " bytes";
+  return {};
 }
 
 std::string NoSuchRule(unsigned long long id) { return "there is no rule with the ID " + std::to_string(id); }
@@ -84,20 +89,20 @@ void cObisServer::SetRule(const vorn::cMsg& request) {
   if (const std::string fault = ReadRule(request.Record().GetRecordPar(obis::kEntry), kMaxTextBytes, rule);
       !fault.empty())
     return RefuseChange(request, fault);
-  const std::vector<cChange> changes{{rule.GetID(), rule}};
+  const Changes changes{{rule.GetID(), rule}};
   if (const std::string fault = Store(changes); !fault.empty()) return RefuseChange(request, fault);
   Answer(request);
-  Tell(changes);
+  TellAll(changes);
 }
 
 void cObisServer::RemoveRule(const vorn::cMsg& request) {
   const vorn::cRecordPar id = request.Record().GetRecordPar(obis::kEntry).GetPar("ID");
   if (!id.IsUInt64()) return RefuseChange(request, "rule: \"ID\" is missing or no uint64");
   if (!m_map.GetEntries().Contains(id.GetUInt64())) return RefuseChange(request, NoSuchRule(id.GetUInt64()));
-  const std::vector<cChange> changes{{id.GetUInt64(), {}}};
+  const Changes changes{{id.GetUInt64(), {}}};
   if (const std::string fault = Store(changes); !fault.empty()) return RefuseChange(request, fault);
   Answer(request);
-  Tell(changes);
+  TellAll(changes);
 }
 
 void cObisServer::ApplyMap(const vorn::cMsg& request) {
@@ -105,12 +110,12 @@ void cObisServer::ApplyMap(const vorn::cMsg& request) {
   if (const std::string fault = ReadRules(request.Record().GetRecordPar(obis::kObisMap), kMaxTextBytes, wanted);
       !fault.empty())
     return RefuseChange(request, fault);
-  const std::vector<cChange> changes = Difference(wanted, request.Record().GetBoolPar(obis::kReplace));
+  const Changes changes = rules::Difference(m_map, wanted, request.Record().GetBoolPar(obis::kReplace));
   if (const std::string fault = Store(changes); !fault.empty()) return RefuseChange(request, fault);
   vorn::cRecord answer;
   answer.AppendUIntPar(obis::kChanged, static_cast<unsigned int>(changes.size()));
   Answer(request, answer);
-  Tell(changes);
+  TellAll(changes);
 }
 
 void cObisServer::RefuseChange(const vorn::cMsg& request, const std::string& reason) {
@@ -120,78 +125,42 @@ void cObisServer::RefuseChange(const vorn::cMsg& request, const std::string& rea
 
 // ---- changes
 
-std::vector<cObisServer::cChange> cObisServer::Difference(const cObisMap& wanted, bool replace) const {
-  std::vector<cChange> changes;
-  const auto& present = m_map.GetEntries();
-  if (replace)
-    for (const auto& [id, rule] : present)
-      if (!wanted.GetEntries().Contains(id)) changes.push_back({id, {}});
-  for (const auto& [id, rule] : wanted.GetEntries()) {
-    const auto known = present.find(id);
-    if (known == present.end() || !IsSame(known->second, rule)) changes.push_back({id, rule});
-  }
-  return changes;
-}
-
-std::string cObisServer::CheckRoom(const std::vector<cChange>& changes) const {
+std::string cObisServer::Store(const Changes& changes) {
   cObisMap after = m_map;
-  for (const cChange& change : changes)
-    if (change.rule)
-      after.Set(*change.rule);
-    else
-      after.Remove(change.id);
-  if (after.GetEntries().size() > kMaxRules) return "there would be more than " + std::to_string(kMaxRules) + " rules";
-  if (after.ToRecord().GetBytes().size() > kMaxMapBytes)
-    return "the map would be larger than " + std::to_string(kMaxMapBytes) + " bytes";
-  return {};
-}
-
-std::string cObisServer::Store(const std::vector<cChange>& changes) {
-  if (std::string full = CheckRoom(changes); !full.empty()) return full;
+  rules::Apply(changes, after);
+  if (const std::string full = FaultOfSize(after); !full.empty()) return full;
   const data::cFault fault = Write([&](cObisRuleTable& table) {
-    for (const cChange& change : changes)
+    for (const rules::cRuleChange& change : changes)
       if (change.rule)
         table.Set(*change.rule);
       else
         table.Remove(change.id);
   });
   if (fault) return fault.text;
-  for (const cChange& change : changes) {
-    if (change.rule)
-      m_map.Set(*change.rule);
-    else
-      m_map.Remove(change.id);
-    ++(change.rule ? m_counters.sets : m_counters.removes);
-  }
+  m_map = after;
+  for (const rules::cRuleChange& change : changes) ++(change.rule ? m_counters.sets : m_counters.removes);
   return {};
 }
 
 // ---- telling the clients
 
-void cObisServer::Tell(const std::vector<cChange>& changes) {
-  for (const cChange& change : changes) Tell(change);
+void cObisServer::TellAll(const Changes& changes) {
+  for (const rules::cRuleChange& change : changes) TellAll(change);
 }
 
-void cObisServer::Tell(const cChange& change) {
-  vorn::cMsg msg(obis::eChanged);
-  vorn::cUuid id;
-  id.Create();
-  msg.SetId(id);
+void cObisServer::TellAll(const rules::cRuleChange& change) {
   vorn::cRecord entry;
   if (change.rule)
     entry = change.rule->ToRecord();
   else
     entry.AppendUInt64Par("ID", change.id);
-  msg.Record().AppendTextPar(obis::kCommand, change.rule ? "set" : "remove");
-  msg.Record().AppendRecordPar(obis::kEntry, entry);
+  vorn::cRecord told;
+  told.AppendTextPar(obis::kCommand, change.rule ? "set" : "remove");
+  told.AppendRecordPar(obis::kEntry, entry);
   for (const auto& channel : GetChannels()) {
-    if (channel->Send(msg) == 1) {
-      ++m_counters.told;
-      ++m_unanswered[channel.get()];
-    } else if (channel->IsOpen()) {
-      vorn::Trace(Unit(), 4, channel->GetPeer().ToString(), " does not read the changes of rules, it is disconnected");
-      channel->Close();
-    }
+    if (!Tell(*channel, obis::eChanged, told)) continue;
+    ++m_counters.told;
+    ++m_unanswered[channel.get()];
   }
 }
 

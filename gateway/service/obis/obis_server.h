@@ -9,11 +9,11 @@
 #include <cstdint>
 #include <functional>
 #include <map>
-#include <optional>
 #include <string>
 #include <vector>
 
 #include <gateway/host/protocol_server.h>
+#include <gateway/rules/rule_difference.h>
 #include <gateway/service/obis/obis_rule_table.h>
 #include <tav/obis/obis_map.h>
 
@@ -50,11 +50,7 @@ class cObisServer final : public cProtocolServer {
   void OnClose(vorn::cScmChannel& channel) override;
 
  private:
-  // A rule that is set, or the ID of one that is removed.
-  struct cChange {
-    unsigned long long id = 0;
-    std::optional<cObisMapEntry> rule;
-  };
+  using Changes = std::vector<rules::cRuleChange>;
 
   void Load(const cObisMap& shipped);
   data::cFault Write(const std::function<void(cObisRuleTable&)>& change);
@@ -65,14 +61,10 @@ class cObisServer final : public cProtocolServer {
   void CountAnswer(const vorn::cMsg& answer);
 
   void RefuseChange(const vorn::cMsg& request, const std::string& reason);
-  // What has to change for the map to hold these rules.
-  std::vector<cChange> Difference(const cObisMap& wanted, bool replace) const;
-  // Empty when the map has room for it.
-  std::string CheckRoom(const std::vector<cChange>& changes) const;
   // Stores the changes and takes them over; empty when that went well.
-  std::string Store(const std::vector<cChange>& changes);
-  void Tell(const std::vector<cChange>& changes);
-  void Tell(const cChange& change);
+  std::string Store(const Changes& changes);
+  void TellAll(const Changes& changes);
+  void TellAll(const rules::cRuleChange& change);
 
   cObisStore* m_store;
   cObisMap m_map;

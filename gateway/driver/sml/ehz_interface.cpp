@@ -1,14 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <gateway/driver/sml/ehz_interface.h>
 
-#include <sys/timex.h>
-
 #include <algorithm>
 #include <utility>
 
 #include <gateway/driver/input/descriptor_input.h>
 #include <gateway/driver/sml/list_reading.h>
 #include <gateway/driver/unit_driver.h>
+#include <gateway/host/clock_state.h>
 #include <tav/framework/time.h>
 
 namespace tav::sml {
@@ -27,9 +26,8 @@ struct cMoment {
 
 // The machine's clock, and whether it is kept by the network.
 cMoment Now() {
-  timex state{};
-  const bool synchronized = adjtimex(&state) != TIME_ERROR;
-  return {vorn::cTime::Now().GetSeconds(), synchronized ? cMeterTav::eTsNetworkTime : cMeterTav::eTsRtc};
+  return {vorn::cTime::Now().GetSeconds(),
+          gateway::IsClockSynchronized() ? cMeterTav::eTsNetworkTime : cMeterTav::eTsRtc};
 }
 
 // The meter's own time where it tells one, then that of the input's clock.

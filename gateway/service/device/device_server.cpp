@@ -5,6 +5,12 @@
 
 namespace tav::gateway {
 
+std::string CheckChoice(const char* key, std::string_view found, std::string_view first, std::string_view second) {
+  if (found == first || found == second) return {};
+  return std::string(key) + ": expected \"" + std::string(first) + "\" or \"" + std::string(second) + "\", found \"" +
+         std::string(found) + "\"";
+}
+
 cDeviceServer::cDeviceServer(cServiceHost* host, const cProtocol& protocol, unsigned int getState)
     : cProtocolServer(host, protocol) {
   On(getState, [this](const vorn::cMsg& request) {

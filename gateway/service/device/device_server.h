@@ -5,6 +5,7 @@
 
 #include <functional>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -29,5 +30,8 @@ class cDeviceServer : public cProtocolServer {
  private:
   std::function<void()> m_onStateChanged;
 };
+
+// The check of an option that is one of two words: empty, or what is wrong with it, beginning with its key.
+std::string CheckChoice(const char* key, std::string_view found, std::string_view first, std::string_view second);
 
 }  // namespace tav::gateway

@@ -39,20 +39,15 @@ vorn::cMsg WithoutParameters(const vorn::cMsg& request) {
   return bare;
 }
 
-vorn::cTime Now() { return vorn::cTime::FromSeconds(vorn::cTime::Now().GetSeconds(), true); }
-
 }  // namespace
 
-std::string cGsmOptions::Check() const {
-  if (modem == kSimulated || modem == kModemManager) return {};
-  return "modem: expected \"simulated\" or \"modemmanager\", found \"" + modem + "\"";
-}
+std::string cGsmOptions::Check() const { return CheckChoice("modem", modem, kSimulated, kModemManager); }
 
 cGsmServer::cGsmServer(cServiceHost* host, const cGsmOptions& options, std::unique_ptr<cModem> modem)
     : cDeviceServer(host, gsm::kProtocol, gsm::eGetState),
       m_modem(modem ? std::move(modem) : MakeModem(host, options)),
       m_display(host),
-      m_since(Now()) {
+      m_since(vorn::cTime::Now()) {
   m_modem->SetOnConnected([this] { OnConnected(); });
   m_modem->SetOnFailed([this](const std::string& reason) { OnFailed(reason); });
   On(gsm::eStart, [this](const vorn::cMsg& request) { Start(request); });
@@ -132,7 +127,7 @@ void cGsmServer::Enter(eState state, const std::string& reason) {
   constexpr eWan kWans[] = {eWan::Off, eWan::Try, eWan::Up, eWan::Error};
   static vorn::cUnit* const unit = vorn::cUnit::Find("UnitGateway");
   m_state = state;
-  m_since = Now();
+  m_since = vorn::cTime::Now();
   m_reason = reason;
   const auto number = static_cast<std::size_t>(state);
   if (state == eState::Failed)

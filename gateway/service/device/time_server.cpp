@@ -3,6 +3,7 @@
 
 #include <unistd.h>
 
+#include <gateway/host/clock_state.h>
 #include <tav/framework/trace.h>
 #include <tav/service/device_protocol.h>
 
@@ -24,10 +25,7 @@ std::string Text(const std::optional<vorn::cTime>& time) { return time ? time->T
 
 }  // namespace
 
-std::string cTimeOptions::Check() const {
-  if (clock == kSimulated || clock == kKernel) return {};
-  return "clock: expected \"simulated\" or \"kernel\", found \"" + clock + "\"";
-}
+std::string cTimeOptions::Check() const { return CheckChoice("clock", clock, kSimulated, kKernel); }
 
 cTimeServer::cTimeServer(cServiceHost* host, const cTimeOptions& options, std::unique_ptr<cWallClock> clock)
     : cDeviceServer(host, time_service::kProtocol, time_service::eGetState),

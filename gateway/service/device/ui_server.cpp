@@ -39,10 +39,7 @@ std::string NoSuch(std::string_view parameter, std::span<const std::string_view>
 
 }  // namespace
 
-std::string cUiOptions::Check() const {
-  if (leds == kSimulated || leds == kKernel) return {};
-  return "leds: expected \"simulated\" or \"kernel\", found \"" + leds + "\"";
-}
+std::string cUiOptions::Check() const { return CheckChoice("leds", leds, kSimulated, kKernel); }
 
 cUiServer::cUiServer(cServiceHost* host, const cUiOptions& options)
     : cDeviceServer(host, ui::kProtocol, ui::eGetState),

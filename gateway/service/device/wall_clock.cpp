@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <gateway/service/device/wall_clock.h>
 
-#include <sys/timex.h>
-
 #include <cerrno>
 #include <cstring>
 #include <ctime>
@@ -39,11 +37,6 @@ std::string cKernelClock::Set(std::int64_t seconds) {
     return "this process may not set the machine's clock: it needs the right CAP_SYS_TIME; its unit file gives it with "
            "AmbientCapabilities=CAP_SYS_TIME";
   return std::string("the machine's clock cannot be set: ") + std::strerror(code);
-}
-
-bool IsClockSynchronized() {
-  timex state{};  // asks, and changes nothing
-  return adjtimex(&state) != TIME_ERROR && (state.status & STA_UNSYNC) == 0;
 }
 
 }  // namespace tav::gateway

@@ -51,7 +51,4 @@ class cKernelClock final : public cWallClock {
   Step m_step;
 };
 
-// Whether the kernel holds the machine's clock to be synchronized, by an NTP daemon for instance.
-bool IsClockSynchronized();
-
 }  // namespace tav::gateway

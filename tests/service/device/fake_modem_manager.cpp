@@ -63,11 +63,11 @@ cPrivateBus::cPrivateBus() {
       std::vector<std::string>{}, m_folder.File("log"));
 }
 
-bool cPrivateBus::AwaitStart() const {
+bool cPrivateBus::AwaitStart() {
   struct stat status {};
   for (int tries = 0; tries < 1000; ++tries) {
     if (stat(m_folder.File("bus").c_str(), &status) == 0) return true;
-    usleep(10'000);
+    if (m_daemon->Wait(10)) return false;  // it has ended
   }
   return false;
 }

@@ -25,7 +25,7 @@ class cPrivateBus {
   cPrivateBus();
   const std::string& GetAddress() const { return m_address; }
   // Its socket is there; false when it does not come.
-  bool AwaitStart() const;
+  bool AwaitStart();
   // As when the machine's bus ends.
   void End() { m_daemon.reset(); }
 

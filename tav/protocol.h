@@ -38,7 +38,7 @@ struct cProtocolParameter {
 enum eDirection : unsigned int { eToService, eToClient };
 
 struct cProtocolMessage {
-  static constexpr std::size_t kMaxParameters = 8;
+  static constexpr std::size_t kMaxParameters = 16;
 
   unsigned int id;
   std::string_view name;

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // All of libtav: the vocabulary and records of metering, configuration, the OBIS map, the clients of the gateway's
-// services.
+// services, requests and pages of its web front end.
 #pragma once
 
 #include <tav/config/collector_config.h>
@@ -11,6 +11,12 @@
 #include <tav/config/meter_config.h>
 #include <tav/config/meter_template.h>
 #include <tav/config/push_target.h>
+#include <tav/http/http_dispatch.h>
+#include <tav/http/http_io.h>
+#include <tav/http/http_page.h>
+#include <tav/http/http_protocol.h>
+#include <tav/http/http_request.h>
+#include <tav/http/http_session.h>
 #include <tav/obis/obis_map.h>
 #include <tav/obis/obis_map_entry.h>
 #include <tav/obis/obis_protocol.h>

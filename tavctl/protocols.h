@@ -4,6 +4,7 @@
 
 #include <string_view>
 
+#include <tav/http/http_protocol.h>
 #include <tav/obis/obis_protocol.h>
 #include <tav/service/db_ctrl_protocol.h>
 #include <tav/service/device_protocol.h>
@@ -12,7 +13,8 @@
 namespace tav::ctl {
 
 inline constexpr const cProtocol* kProtocols[] = {&db_ctrl::kProtocol, &gsm::kProtocol,          &obis::kProtocol,
-                                                  &status::kProtocol,  &time_service::kProtocol, &ui::kProtocol};
+                                                  &status::kProtocol,  &time_service::kProtocol, &ui::kProtocol,
+                                                  &http::kProtocol};
 
 // Null for a service that no table is there for.
 constexpr const cProtocol* FindProtocol(std::string_view service) {

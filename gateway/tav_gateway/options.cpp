@@ -4,10 +4,10 @@
 #include <unistd.h>
 
 #include <CLI/CLI.hpp>
-#include <cstdlib>
 #include <filesystem>
 #include <sstream>
 
+#include <gateway/host/state_directory.h>
 #include <gateway/tav_gateway/config_file.h>
 #include <gateway/tav_gateway/exit_code.h>
 #include <gateway/tav_gateway/services.h>
@@ -40,18 +40,6 @@ void AddOptions(CLI::App& command, cArguments& arguments) {
       ->check(CLI::IsMember({"full", "normal"}));
   command.add_option("--trace", arguments.trace, "Level of diagnostics: 0 none, 2 failures, 4 warnings, 16 progress")
       ->check(CLI::Range(0, kMaxTrace));
-}
-
-std::string Environment(const char* name) {
-  const char* value = std::getenv(name);
-  return value != nullptr ? value : "";
-}
-
-std::string StateDirectory() {
-  if (std::string given = Environment("STATE_DIRECTORY"); !given.empty()) return given;
-  if (getuid() == 0) return "/var/lib/tav";
-  if (const std::string state = Environment("XDG_STATE_HOME"); !state.empty()) return state + "/tav";
-  return Environment("HOME") + "/.local/state/tav";
 }
 
 std::string FindConfig(const cArguments& arguments) {

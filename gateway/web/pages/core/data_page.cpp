@@ -1,0 +1,67 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <gateway/web/pages/core/data_page.h>
+
+#include <gateway/web/pages/core/gateway_clients.h>
+#include <tav/service/db_ctrl_protocol.h>
+
+namespace tav::pages {
+
+void cDataPage::TakeRows(const vorn::cRecord& answer, std::string_view key) {
+  for (vorn::cRecordPar par = answer.GetPar(key); par.IsValid(); par = par.NextSame()) {
+    vorn::cRecord row;
+    if (par.GetRecord(row)) m_onRow(row);
+  }
+}
+
+void cDataPage::ReadLastValues(cDbCtrlRequest request, OnRow onRow, Done done) {
+  m_onRow = std::move(onRow);
+  m_done = std::move(done);
+  Await(db_ctrl::kProtocol, db_ctrl::eGetLastValues, Gateway().data.GetLastValues(Id(), request),
+        [this](const vorn::cRecord& answer) {
+          m_handle = answer.GetUuidPar(db_ctrl::kHandle);
+          TakeRows(answer, db_ctrl::kRow);
+          Fetch([](const Go& go) { go(); });
+        });
+}
+
+void cDataPage::ReadMeterStatus(cDbCtrlRequest request, OnRow onRow, Done done) {
+  m_onRow = std::move(onRow);
+  m_done = std::move(done);
+  Await(db_ctrl::kProtocol, db_ctrl::eGetMeterStatus, Gateway().data.GetMeterStatus(Id(), request),
+        [this](const vorn::cRecord& answer) {
+          m_handle = answer.GetUuidPar(db_ctrl::kHandle);
+          TakeRows(answer, db_ctrl::kMeterStatus);
+          Fetch([](const Go& go) { go(); });
+        });
+}
+
+void cDataPage::ReadStoredValues(cDbCtrlRequest request, OnRow onRow, std::function<void(Go)> pause, Done done) {
+  m_onRow = std::move(onRow);
+  m_done = std::move(done);
+  Await(db_ctrl::kProtocol, db_ctrl::eGetStoredValues, Gateway().data.GetStoredValues(Id(), request),
+        [this, pause = std::move(pause)](const vorn::cRecord& answer) {
+          m_handle = answer.GetUuidPar(db_ctrl::kHandle);
+          Fetch(pause);
+        });
+}
+
+// Without a handle everything has been told.
+void cDataPage::Fetch(const std::function<void(Go)>& pause) {
+  if (!m_handle.IsValid()) {
+    const Done done = std::move(m_done);
+    return done();
+  }
+  Await(db_ctrl::kProtocol, db_ctrl::eFetchStoredValues, Gateway().data.FetchStoredValues(Id(), m_handle, kPageRows),
+        [this, pause](const vorn::cRecord& answer) {
+          if (answer.GetBoolPar(db_ctrl::kEnd)) m_handle.Clear();
+          TakeRows(answer, db_ctrl::kRow);
+          pause([this, pause] { Fetch(pause); });
+        });
+}
+
+void cDataPage::OnGone() {
+  if (m_handle.IsValid()) Gateway().data.CloseResult(Id(), m_handle);
+  m_handle.Clear();
+}
+
+}  // namespace tav::pages

@@ -1,0 +1,48 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <gateway/web/pages/core/routes.h>
+
+#include <gateway/web/pages/access/login_page.h>
+#include <gateway/web/pages/view/download_page.h>
+#include <gateway/web/pages/view/live_page.h>
+#include <gateway/web/pages/view/meter_page.h>
+#include <gateway/web/pages/view/overview_page.h>
+#include <gateway/web/pages/view/series_page.h>
+
+namespace tav::pages {
+
+namespace {
+
+template <typename Page>
+std::unique_ptr<cWebPage> Make(const cPageContext& context) {
+  return std::make_unique<Page>(context);
+}
+
+// Names of fields as programs see them in an address stand in docs/web.md.
+// clang-format off
+constexpr cRoute kRoutes[] = {
+    {"/",           "Meters", eRole::Viewer, eSender::None,   Make<cOverviewPage>},
+    {"/meter",      "",       eRole::Viewer, eSender::None,   Make<cMeterPage>},
+    {"/live",       "",       eRole::Viewer, eSender::None,   Make<cLivePage>,     true},
+    {"/download",   "",       eRole::Viewer, eSender::None,   Make<cDownloadPage>, true},
+    {"/api/series", "",       eRole::Viewer, eSender::None,   Make<cSeriesPage>,   true},
+    {"/setup",      "",       eRole::Nobody, eSender::Anyone, Make<cSetupPage>},
+    {"/login",      "",       eRole::Nobody, eSender::Anyone, Make<cLoginPage>},
+    {"/logout",     "",       eRole::Viewer, eSender::Viewer, Make<cLogoutPage>},
+};
+// clang-format on
+
+constexpr cRoute kNoRoute{"", "", eRole::Nobody, eSender::None, nullptr};
+
+}  // namespace
+
+std::span<const cRoute> GetRoutes() { return kRoutes; }
+
+const cRoute* FindRoute(std::string_view path) {
+  for (const cRoute& route : kRoutes)
+    if (route.path == path) return &route;
+  return nullptr;
+}
+
+const cRoute& GetNoRoute() { return kNoRoute; }
+
+}  // namespace tav::pages

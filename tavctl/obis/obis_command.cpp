@@ -6,18 +6,19 @@
 #include <limits>
 #include <sstream>
 
+#include <gateway/form/toml_text.h>
+#include <gateway/form/utf8.h>
 #include <gateway/rules/default_rules.h>
 #include <gateway/rules/rule_check.h>
 #include <gateway/rules/rule_difference.h>
 #include <gateway/rules/rules_text.h>
-#include <tavctl/config/toml_text.h>
 #include <tavctl/failure.h>
 #include <tavctl/input_file.h>
 #include <tavctl/json_rows.h>
 #include <tavctl/obis/rule_document.h>
 #include <tavctl/obis/rule_service.h>
 #include <tavctl/options.h>
-#include <tavctl/utf8.h>
+#include <tavctl/terminal_text.h>
 
 namespace tav::ctl {
 
@@ -113,12 +114,12 @@ eExit cObisCommand::List(cContext& context) const {
 eExit cObisCommand::Show(cContext& context) const {
   const cObisMap map = cRuleService(context).GetMap();
   const cObisMapEntry& rule = Find(map, m_id);
-  cJson json;
+  form::cJson json;
   json[context.json ? "ID" : "id"] = rule.GetID();
-  json["name"] = ToUtf8(rule.GetName());
-  json["obis"] = ToUtf8(rule.GetObisID());
-  json["map"] = ToUtf8(rule.GetMap());
-  context.streams.out << (context.json ? ToLine(json) + "\n" : ToToml(json));
+  json["name"] = form::ToUtf8(rule.GetName());
+  json["obis"] = form::ToUtf8(rule.GetObisID());
+  json["map"] = form::ToUtf8(rule.GetMap());
+  context.streams.out << (context.json ? form::ToLine(json) + "\n" : form::ToToml(json));
   return eExitDone;
 }
 

@@ -4,7 +4,7 @@
 #include <gateway/rules/rules_file.h>
 #include <tavctl/failure.h>
 #include <tavctl/input_file.h>
-#include <tavctl/utf8.h>
+#include <tavctl/terminal_text.h>
 
 namespace tav::ctl {
 

@@ -6,7 +6,7 @@
 
 #include <tavctl/failure.h>
 #include <tavctl/options.h>
-#include <tavctl/utf8.h>
+#include <tavctl/terminal_text.h>
 
 namespace tav::ctl {
 

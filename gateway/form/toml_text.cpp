@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
-#include <tavctl/config/toml_text.h>
+#include <gateway/form/toml_text.h>
 
 #include <sstream>
 
 #include <gateway/rules/toml.h>
 
-namespace tav::ctl {
+namespace tav::form {
 
 namespace {
 
@@ -88,4 +88,4 @@ bool FromToml(const std::string& text, cJson& document, Lines& lines, std::strin
   }
 }
 
-}  // namespace tav::ctl
+}  // namespace tav::form

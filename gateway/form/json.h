@@ -1,0 +1,18 @@
+// SPDX-License-Identifier: Apache-2.0
+// JSON as it is written and read here: members keep their order, and what comes from outside is refused with a reason.
+#pragma once
+
+#include <nlohmann/json_fwd.hpp>
+#include <string>
+
+namespace tav::form {
+
+using cJson = nlohmann::ordered_json;
+
+// One line, whatever bytes its texts hold.
+std::string ToLine(const cJson& json);
+
+// False, json left alone and in error where and what, for a text that is no JSON.
+bool ParseJson(const std::string& text, cJson& json, std::string& error);
+
+}  // namespace tav::form

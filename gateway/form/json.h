@@ -9,10 +9,13 @@ namespace tav::form {
 
 using cJson = nlohmann::ordered_json;
 
+// Objects and arrays within each other that a text may have: more than any form here needs.
+inline constexpr int kMaxJsonDepth = 32;
+
 // One line, whatever bytes its texts hold.
 std::string ToLine(const cJson& json);
 
-// False, json left alone and in error where and what, for a text that is no JSON.
+// False, json left alone and in error where and what, for a text that is no JSON or nested too deep.
 bool ParseJson(const std::string& text, cJson& json, std::string& error);
 
 }  // namespace tav::form

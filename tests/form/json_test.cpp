@@ -11,6 +11,11 @@ namespace {
 
 using testing::HasSubstr;
 
+std::string Nested(int depth) {
+  const auto count = static_cast<std::size_t>(depth);
+  return std::string(count, '[') + std::string(count, ']');
+}
+
 std::string ErrorOf(const std::string& text) {
   cJson json = "before";
   std::string error;
@@ -31,6 +36,19 @@ TEST(Json, SaysWhereATextIsNone) {
   EXPECT_THAT(ErrorOf(""), HasSubstr("unexpected end of input"));
   EXPECT_THAT(ErrorOf("{} x"), HasSubstr("column 4"));
   EXPECT_THAT(ErrorOf("\"\xFF\""), HasSubstr("UTF-8"));
+  EXPECT_THAT(ErrorOf("[1e999]"), HasSubstr("number overflow"));
+}
+
+TEST(Json, IsNestedOnlySoDeep) {
+  cJson json;
+  std::string error;
+  EXPECT_TRUE(ParseJson(Nested(kMaxJsonDepth - 1), json, error));
+  EXPECT_TRUE(ParseJson(Nested(kMaxJsonDepth), json, error));
+  EXPECT_EQ(ToLine(json), Nested(kMaxJsonDepth));
+  EXPECT_EQ(ErrorOf(Nested(kMaxJsonDepth + 1)), "nested deeper than 32");
+  EXPECT_EQ(ErrorOf("{\"a\": " + Nested(kMaxJsonDepth) + "}"), "nested deeper than 32");
+  EXPECT_EQ(ErrorOf(Nested(1'000'000)), "nested deeper than 32");
+  EXPECT_THAT(ErrorOf(std::string(1'000'000, '[')), HasSubstr("unexpected end of input"));
 }
 
 TEST(Json, IsOneLineOfUtf8WhateverItsTextsAre) {

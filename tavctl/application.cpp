@@ -5,9 +5,9 @@
 #include <algorithm>
 #include <optional>
 
+#include <gateway/form/time_text.h>
 #include <tavctl/failure.h>
 #include <tavctl/options.h>
-#include <tavctl/time_text.h>
 #include <tavctl/trouble_note.h>
 
 namespace tav::ctl {
@@ -18,7 +18,7 @@ std::string Footer() {
   std::string text = "Exit codes:\n";
   for (const cExitCode& exit : kExitCodes)
     text += "  " + std::to_string(exit.code) + "  " + std::string(exit.meaning) + "\n";
-  return text + "\nTIME is " + std::string(kTimeForms) + ".\n";
+  return text + "\nTIME is " + std::string(form::kTimeForms) + ".\n";
 }
 
 }  // namespace

@@ -2,7 +2,6 @@
 // cJsonRows: rows as one JSON array, each row an object on a line of its own with the keys of all columns.
 #pragma once
 
-#include <nlohmann/json_fwd.hpp>
 #include <ostream>
 
 #include <tavctl/table.h>
@@ -20,7 +19,7 @@ class cJsonRows final : public cRowWriter {
   void Flush() override { m_out.flush(); }
   void End() override;
   // A row of another origin.
-  void Write(const nlohmann::ordered_json& row);
+  void Write(const form::cJson& row);
 
  private:
   std::ostream& m_out;
@@ -28,8 +27,5 @@ class cJsonRows final : public cRowWriter {
   bool m_begun = false;
   bool m_ended = false;
 };
-
-// One line, whatever bytes its texts hold.
-std::string ToLine(const nlohmann::ordered_json& json);
 
 }  // namespace tav::ctl

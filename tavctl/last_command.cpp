@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <tavctl/last_command.h>
 
+#include <gateway/form/value_columns.h>
 #include <tavctl/data_query.h>
 #include <tavctl/options.h>
-#include <tavctl/value_columns.h>
 
 namespace tav::ctl {
 
@@ -15,7 +15,7 @@ eExit cLastCommand::Run(cContext& context) {
   cDataQuery data(context);
   cDbCtrlRequest request;
   request.m_meterID = m_meter;
-  const auto rows = context.Rows(kLastValueColumns);
+  const auto rows = context.Rows(form::kLastValueColumns);
   const auto outcome =
       data.Select(db_ctrl::eGetLastValues, request, 0, [&](const vorn::cRecord& row) { rows->Write(row); });
   rows->End();

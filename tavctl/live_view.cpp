@@ -3,12 +3,12 @@
 
 #include <sstream>
 
+#include <gateway/form/time_text.h>
 #include <tav/framework/time.h>
 #include <tavctl/failure.h>
 #include <tavctl/interrupt.h>
 #include <tavctl/screen.h>
 #include <tavctl/text_rows.h>
-#include <tavctl/time_text.h>
 
 namespace tav::ctl {
 
@@ -52,7 +52,7 @@ void cLiveView::RunOnScreen() {
   Repeat([&](const Rows& rows) {
     if (!screen) screen = std::make_unique<cScreen>(m_context.streams.out);
     std::ostringstream picture;
-    picture << FormatTime(vorn::cTime::Now().GetSeconds()) << "  " << m_plan.title << ", Ctrl-C ends\n\n";
+    picture << form::FormatTime(vorn::cTime::Now().GetSeconds()) << "  " << m_plan.title << ", Ctrl-C ends\n\n";
     cTextRows table(picture, m_plan.columns, m_context.streams.bold);
     for (const vorn::cRecord& row : rows) table.Write(row);
     table.End();

@@ -8,7 +8,7 @@
 #include <tavctl/options.h>
 #include <tavctl/service_link.h>
 #include <tavctl/socket_probe.h>
-#include <tavctl/utf8.h>
+#include <tavctl/terminal_text.h>
 
 namespace tav::ctl {
 

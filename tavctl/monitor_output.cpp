@@ -4,17 +4,20 @@
 #include <limits>
 #include <nlohmann/json.hpp>
 
+#include <gateway/form/record_json.h>
+#include <gateway/form/time_text.h>
+#include <gateway/form/utf8.h>
 #include <tav/framework/time.h>
-#include <tavctl/time_text.h>
-#include <tavctl/utf8.h>
+#include <tavctl/record_text.h>
+#include <tavctl/terminal_text.h>
 
 namespace tav::ctl {
 
 namespace {
 
-using cJson = nlohmann::ordered_json;
+using form::cJson;
 
-std::string Now() { return FormatTime(vorn::cTime::Now().GetSeconds()); }
+std::string Now() { return form::FormatTime(vorn::cTime::Now().GetSeconds()); }
 
 }  // namespace
 
@@ -22,7 +25,7 @@ cMonitorOutput::cMonitorOutput(cContext& context, const cMonitorOptions& options
     : m_context(context),
       m_filter(options.filter),
       m_process(options.process),
-      m_text(options.secrets ? cRecordText::eSecrets::Show : cRecordText::eSecrets::Mask),
+      m_mask(options.secrets ? form::eMask::Nothing : form::eMask::Secrets),
       m_json(context.streams.out, {}),
       m_left(options.count != 0 ? options.count : std::numeric_limits<std::uint64_t>::max()) {}
 
@@ -49,7 +52,7 @@ void cMonitorOutput::ShowText(const std::string& service, const vorn::cScmMirror
   out << Now() << "  " << ForTerminal(mirrored.processName) << '[' << mirrored.pid << ']'
       << (mirrored.incoming ? " -> " : " <- ") << service << "  " << name;
   if (mirrored.msg.GetId().IsValid()) out << "  " << mirrored.msg.GetId().ToString();
-  out << '\n' << m_text.AsLines(mirrored.msg.Record(), 2);
+  out << '\n' << cRecordText(m_mask).AsLines(mirrored.msg.Record(), 2);
   if (!fault.empty()) out << "  ! " << ForTerminal(fault) << '\n';
 }
 
@@ -60,12 +63,12 @@ void cMonitorOutput::ShowJson(const std::string& service, const vorn::cScmMirror
   row["time"] = Now();
   row["service"] = service;
   row["direction"] = mirrored.incoming ? "in" : "out";
-  row["process"] = ToUtf8(mirrored.processName);
+  row["process"] = form::ToUtf8(mirrored.processName);
   row["pid"] = mirrored.pid;
   row["message"] = name;
   row["type"] = mirrored.msg.GetType();
   row["id"] = id.IsValid() ? cJson(id.ToString()) : cJson(nullptr);
-  row["record"] = m_text.AsJson(mirrored.msg.Record());
+  row["record"] = form::ToJson(mirrored.msg.Record(), m_mask);
   row["fault"] = fault.empty() ? cJson(nullptr) : cJson(fault);
   m_json.Write(row);
 }

@@ -7,12 +7,12 @@
 #include <string>
 #include <vector>
 
+#include <gateway/form/record_json.h>
 #include <tav/framework/monitor.h>
 #include <tavctl/context.h>
 #include <tavctl/json_rows.h>
 #include <tavctl/message_filter.h>
 #include <tavctl/message_names.h>
-#include <tavctl/record_text.h>
 
 namespace tav::ctl {
 
@@ -43,7 +43,7 @@ class cMonitorOutput {
   cContext& m_context;
   cMessageFilter m_filter;
   std::string m_process;
-  cRecordText m_text;
+  form::eMask m_mask;
   cJsonRows m_json;
   std::uint64_t m_left;
 };

@@ -6,8 +6,8 @@
 #include <charconv>
 #include <cmath>
 
+#include <gateway/form/time_text.h>
 #include <tav/framework/time.h>
-#include <tavctl/time_text.h>
 
 namespace tav::ctl {
 
@@ -69,7 +69,8 @@ void AddTime(CLI::App& app, const char* name, std::optional<unsigned int>& value
   AddParsed(app, name, "TIME", help, [name, &value](const std::string& text) {
     unsigned int seconds = 0;
     std::string error;
-    if (!ParseTime(text, vorn::cTime::Now().GetSeconds(), seconds, error)) throw CLI::ValidationError(name, error);
+    if (!form::ParseTime(text, vorn::cTime::Now().GetSeconds(), seconds, error))
+      throw CLI::ValidationError(name, error);
     value = seconds;
   });
 }

@@ -4,7 +4,7 @@
 #include <tav/framework/helper.h>
 #include <tavctl/failure.h>
 #include <tavctl/socket_probe.h>
-#include <tavctl/utf8.h>
+#include <tavctl/terminal_text.h>
 
 namespace tav::ctl {
 

@@ -3,31 +3,13 @@
 // (text_rows.h) or a JSON array for programs (json_rows.h).
 #pragma once
 
-#include <span>
-#include <string>
-#include <string_view>
-
-#include <tav/framework/record.h>
+#include <gateway/form/columns.h>
 
 namespace tav::ctl {
 
-enum class eForm {
-  Text,
-  Number,  // to the right
-  Unit,    // a text close to the number before it
-  Medium,  // the letter of a medium; for people its name
-  Time,    // seconds UTC; 0 is none
-  Record,
-  Data,  // not for people
-};
-
-struct cColumn {
-  std::string_view key;    // of the record's parameter, and of the JSON object
-  std::string_view title;  // for people
-  eForm form = eForm::Text;
-};
-
-using Columns = std::span<const cColumn>;
+using form::cColumn;
+using form::Columns;
+using form::eForm;
 
 class cRowWriter {
  public:

@@ -4,10 +4,8 @@
 #include <algorithm>
 #include <iterator>
 
-#include <tav/record/meter_tav.h>
 #include <tavctl/record_text.h>
-#include <tavctl/time_text.h>
-#include <tavctl/utf8.h>
+#include <tavctl/terminal_text.h>
 
 namespace tav::ctl {
 
@@ -15,22 +13,15 @@ namespace {
 
 constexpr const char* kNothing = "-";
 
-std::string CellText(const cColumn& column, const vorn::cRecordPar& parameter) {
+// A record as it is shown elsewhere on a terminal, not as JSON.
+std::string CellText(const cColumn& column, const vorn::cRecord& row) {
+  if (column.form != eForm::Record) return ForTerminal(form::CellText(row, column));
   vorn::cRecord nested;
-  switch (column.form) {
-    case eForm::Time:
-      return parameter.GetUInt() != 0 ? FormatTime(parameter.GetUInt()) : "";
-    case eForm::Medium:
-      return parameter.IsEmpty() ? "" : cMeterTav::MediumToString(parameter.GetText());
-    case eForm::Record:
-      return parameter.GetRecord(nested) ? cRecordText().AsLine(nested) : "";
-    default:
-      return ForTerminal(parameter.GetText());
-  }
+  return row.GetPar(column.key).GetRecord(nested) ? cRecordText().AsLine(nested) : std::string();
 }
 
 std::string CellOf(const cColumn& column, const vorn::cRecord& row) {
-  const std::string text = CellText(column, row.GetPar(column.key));
+  const std::string text = CellText(column, row);
   return text.empty() && column.form != eForm::Unit ? kNothing : text;
 }
 

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <tavctl/values_command.h>
 
+#include <gateway/form/value_columns.h>
 #include <tav/framework/helper.h>
 #include <tav/service/db_ctrl_request.h>
 #include <tavctl/data_query.h>
-#include <tavctl/value_columns.h>
 
 namespace tav::ctl {
 
@@ -25,7 +25,8 @@ eExit cValuesCommand::Run(cContext& context) {
   for (const std::string& obis : vorn::cHelper::GetStringTokens(m_obis, ",")) request.AddObisID(obis);
   if (m_range.from) request.m_fromUTC = *m_range.from;
   if (m_range.to) request.m_toUTC = *m_range.to;
-  const auto rows = context.Rows(m_profile.empty() ? Columns(kStoredValueColumns) : Columns(kProfileColumns));
+  const auto rows =
+      context.Rows(m_profile.empty() ? Columns(form::kStoredValueColumns) : Columns(form::kProfileColumns));
   const auto outcome =
       data.Select(db_ctrl::eGetStoredValues, request, m_limit, [&](const vorn::cRecord& row) { rows->Write(row); });
   rows->End();

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <tavctl/watch_command.h>
 
+#include <gateway/form/value_columns.h>
 #include <tav/framework/helper.h>
 #include <tavctl/data_query.h>
 #include <tavctl/live_view.h>
 #include <tavctl/options.h>
-#include <tavctl/value_columns.h>
 
 namespace tav::ctl {
 
@@ -20,7 +20,7 @@ eExit cWatchCommand::Run(cContext& context) {
   cDbCtrlRequest request;
   request.m_meterID = m_meter;
   cLiveView::cPlan plan;
-  plan.columns = kLastValueColumns;
+  plan.columns = form::kLastValueColumns;
   plan.count = m_count;
   plan.title = vorn::FormatString("every %g s", m_intervalMs / 1000.0);
   plan.key = [](const vorn::cRecord& row) {

@@ -2,6 +2,7 @@
 #include <gateway/rules/default_rules.h>
 
 #include <cstddef>
+#include <limits>
 #include <string>
 #include <string_view>
 
@@ -328,6 +329,14 @@ cObisMap MakeDefaultRules() {
   for (const cRegisterRow& row : kRegisters)
     map.Add({row.id, row.name, row.obis, std::string("protocol=modbus,register=") + row.reg});
   return map;
+}
+
+std::optional<unsigned long long> FreeRuleId(const cObisMap& map) {
+  if (map.GetEntries().empty()) return 1;
+  const unsigned long long largest = map.GetEntries().rbegin()->first;
+  if (largest == std::numeric_limits<unsigned long long>::max()) return std::nullopt;
+  const bool isShipped = largest + 1 >= kFirstDefaultId && largest + 1 < kEndOfDefaultIds;
+  return isShipped ? kEndOfDefaultIds : largest + 1;
 }
 
 }  // namespace tav::rules

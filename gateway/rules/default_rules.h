@@ -4,6 +4,8 @@
 // 1000.
 #pragma once
 
+#include <optional>
+
 #include <tav/obis/obis_map.h>
 
 namespace tav::rules {
@@ -13,5 +15,8 @@ inline constexpr unsigned long long kFirstDefaultId = 1000;
 inline constexpr unsigned long long kEndOfDefaultIds = 10000;
 
 cObisMap MakeDefaultRules();
+
+// For a new rule: above all that the map has, and not where shipped ones may come to stand. None when there is none.
+std::optional<unsigned long long> FreeRuleId(const cObisMap& map);
 
 }  // namespace tav::rules

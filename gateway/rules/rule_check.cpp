@@ -192,4 +192,10 @@ bool HasError(const std::vector<cFinding>& findings) {
                      [](const cFinding& finding) { return finding.level == eLevel::Error; });
 }
 
+cObisMap MapOf(const std::vector<cRawRule>& rules) {
+  cObisMap map;
+  for (const cRawRule& rule : rules) map.Add({rule.id, rule.name, rule.obis, rule.map});
+  return map;
+}
+
 }  // namespace tav::rules

@@ -43,4 +43,7 @@ std::vector<cFinding> Check(const cObisMap& map);
 
 bool HasError(const std::vector<cFinding>& findings);
 
+// Of rules that have no error.
+cObisMap MapOf(const std::vector<cRawRule>& rules);
+
 }  // namespace tav::rules

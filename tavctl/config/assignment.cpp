@@ -27,12 +27,4 @@ cAssignment ReadAssignment(const std::string& word, std::istream& in) {
   return assignment;
 }
 
-void RefuseField(const std::string& field, const std::string& names) {
-  throw cFailure(eExitUsage, "there is no field '" + field + "'; there are " + names);
-}
-
-void RefuseValue(const cAssignment& assignment, const std::string& expected) {
-  throw cFailure(eExitUsage, assignment.field + ": expected " + expected + ", found \"" + assignment.value + "\"");
-}
-
 }  // namespace tav::ctl

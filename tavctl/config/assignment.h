@@ -5,10 +5,8 @@
 
 #include <istream>
 #include <string>
-#include <string_view>
-#include <vector>
 
-#include <tavctl/config/fields.h>
+#include <gateway/form/config_fields.h>
 #include <tavctl/failure.h>
 
 namespace tav::ctl {
@@ -21,16 +19,11 @@ struct cAssignment {
 // Throws a cFailure for a word that is none, and for a file that cannot be read.
 cAssignment ReadAssignment(const std::string& word, std::istream& in);
 
-[[noreturn]] void RefuseField(const std::string& field, const std::string& names);
-[[noreturn]] void RefuseValue(const cAssignment& assignment, const std::string& expected);
-
+// Throws a cFailure for a field that there is not, and for a value that does not fit.
 template <typename Record, std::size_t N>
-void Assign(Record& record, const cField<Record> (&fields)[N], const cAssignment& assignment) {
-  const std::span<const cField<Record>> all(fields);
-  const cField<Record>* const field = FindField(all, assignment.field);
-  if (field == nullptr) RefuseField(assignment.field, FieldNames(all));
-  std::string expected;
-  if (!SetField(record, *field, assignment.value, expected)) RefuseValue(assignment, expected);
+void Assign(Record& record, const form::cField<Record> (&fields)[N], const cAssignment& assignment) {
+  std::string error;
+  if (!form::SetByName(record, fields, assignment.field, assignment.value, error)) throw cFailure(eExitUsage, error);
 }
 
 }  // namespace tav::ctl

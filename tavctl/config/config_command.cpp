@@ -14,7 +14,7 @@ namespace tav::ctl {
 
 namespace {
 
-std::string Counted(const cConfigDocument& config) {
+std::string Counted(const form::cConfigDocument& config) {
   return std::to_string(config.interfaces.size()) + " interface(s), " + std::to_string(config.meters.size()) +
          " meter(s), " + std::to_string(config.pushTargets.size()) + " push target(s), " +
          std::to_string(config.templates.size()) + " template(s)";
@@ -39,9 +39,9 @@ eExit cConfigCommand::Run(cContext& context) {
 
 eExit cConfigCommand::Export(cContext& context) const {
   cProgress progress(context, "reading the configuration", cGatewayConfig::kGetSteps);
-  const cConfigDocument config = cGatewayConfig(context).GetAll([&] { progress.Step(); });
-  const std::string text =
-      config.ToText(context.json ? eDocument::Json : eDocument::Toml, m_secrets ? eSecrets::Show : eSecrets::Leave);
+  const form::cConfigDocument config = cGatewayConfig(context).GetAll([&] { progress.Step(); });
+  const std::string text = config.ToText(context.json ? form::eDocument::Json : form::eDocument::Toml,
+                                         m_secrets ? form::eSecrets::Show : form::eSecrets::Leave);
   if (m_file.empty()) {
     context.streams.out << text;
     return eExitDone;
@@ -57,11 +57,11 @@ eExit cConfigCommand::Import(cContext& context) const {
   if (!m_check) gateway.emplace(context);
   cProgress progress(context, "taking the configuration", cGatewayConfig::kGetSteps + 2);
   const auto step = [&] { progress.Step(); };
-  Faults faults;
-  const cConfigDocument config =
-      cConfigDocument::FromText(text, gateway ? gateway->GetAll(step) : cConfigDocument(), faults);
+  form::Faults faults;
+  const form::cConfigDocument config =
+      form::cConfigDocument::FromText(text, gateway ? gateway->GetAll(step) : form::cConfigDocument(), faults);
   step();
-  for (const cFault& fault : faults) context.Note(m_file + ": " + fault.place + ": " + fault.what);
+  for (const form::cFault& fault : faults) context.Note(m_file + ": " + fault.place + ": " + fault.what);
   if (!faults.empty()) {
     if (!m_check) context.Note("nothing was changed");
     return eExitNegative;

@@ -97,8 +97,8 @@ std::vector<cMeterTemplate> cGatewayConfig::GetTemplates(const std::string& name
   return Called(name, std::move(templates));
 }
 
-cConfigDocument cGatewayConfig::GetAll(const std::function<void()>& onStep) {
-  cConfigDocument all;
+form::cConfigDocument cGatewayConfig::GetAll(const std::function<void()>& onStep) {
+  form::cConfigDocument all;
   all.interfaces = GetInterfaces();
   onStep();
   all.meters = GetMeters();
@@ -150,7 +150,7 @@ void cGatewayConfig::DeleteTemplate(unsigned long long idx, const std::string& n
   m_link.Ask(db_ctrl::eDeleteMeterTemplate, Numbered(idx, name));
 }
 
-void cGatewayConfig::Apply(const cConfigDocument& config, bool replace) {
+void cGatewayConfig::Apply(const form::cConfigDocument& config, bool replace) {
   vorn::cRecord request;
   for (const auto& each : config.interfaces) request.AppendRecordPar(db_ctrl::kInterfaceRecord, each.ToRecord());
   for (const auto& each : config.meters) request.AppendRecordPar(db_ctrl::kMeterConfigRecord, each.ToRecord());

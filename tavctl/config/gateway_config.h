@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include <tavctl/config/document.h>
+#include <gateway/form/config_document.h>
 #include <tavctl/service_link.h>
 
 namespace tav::ctl {
@@ -27,7 +27,7 @@ class cGatewayConfig {
   std::vector<cMeterTemplate> GetTemplates(const std::string& name = {});
   // onStep is called after each of its kGetSteps parts.
   static constexpr std::size_t kGetSteps = 4;
-  cConfigDocument GetAll(const std::function<void()>& onStep = [] {});
+  form::cConfigDocument GetAll(const std::function<void()>& onStep = [] {});
 
   // ---- changes; numbers are those that the service gave
   void Set(const cInterfaceRecord& interface);
@@ -40,7 +40,7 @@ class cGatewayConfig {
   void DeletePushTarget(unsigned long long idx, const std::string& name);
   void DeleteTemplate(unsigned long long idx, const std::string& name);
   // All of it or nothing. replace: what the document does not have is deleted.
-  void Apply(const cConfigDocument& config, bool replace);
+  void Apply(const form::cConfigDocument& config, bool replace);
 
  private:
   cServiceLink m_link;

@@ -3,7 +3,7 @@
 
 #include <CLI/CLI.hpp>
 
-#include <tavctl/config/toml_text.h>
+#include <gateway/form/toml_text.h>
 #include <tavctl/failure.h>
 #include <tavctl/json_rows.h>
 #include <tavctl/options.h>
@@ -42,44 +42,32 @@ eExit cThingCommand::Run(cContext& context) {
 }
 
 eExit cThingCommand::List(cContext& context, cGatewayConfig& config) {
-  const std::vector<cJson> things = Find(config, {}, eSecrets::Leave);
+  const std::vector<form::cJson> things = Find(config, {}, form::eSecrets::Leave);
   if (context.json) {
     cJsonRows rows(context.streams.out, GetColumns());
-    for (const cJson& thing : things) rows.Write(thing);
+    for (const form::cJson& thing : things) rows.Write(thing);
     rows.End();
     return eExitDone;
   }
   const auto rows = context.Rows(GetColumns());
-  for (const cJson& thing : things) rows->Write(RowOf(thing));
+  for (const form::cJson& thing : things) rows->Write(form::RowOf(thing));
   rows->End();
   if (things.empty()) context.Note(std::string("there is no ") + GetName() + " yet");
   return eExitDone;
 }
 
 eExit cThingCommand::Show(cContext& context, cGatewayConfig& config) {
-  const std::vector<cJson> things = Find(config, m_name, GetSecrets());
+  const std::vector<form::cJson> things = Find(config, m_name, GetSecrets());
   if (things.empty()) RefuseUnknown(m_name);
-  for (const cJson& thing : things)
-    context.streams.out << (context.json ? ToLine(thing) + "\n" : ToToml(thing) + (things.size() > 1 ? "\n" : ""));
+  for (const form::cJson& thing : things)
+    context.streams.out << (context.json ? form::ToLine(thing) + "\n"
+                                         : form::ToToml(thing) + (things.size() > 1 ? "\n" : ""));
   return eExitDone;
 }
 
 void cThingCommand::RefuseUnknown(const std::string& name) const {
   throw cFailure(eExitNegative,
                  std::string("there is no ") + GetName() + " '" + name + "'; see tavctl " + GetName() + " list");
-}
-
-vorn::cRecord RowOf(const cJson& object) {
-  vorn::cRecord row;
-  for (const auto& [name, value] : object.items()) {
-    if (value.is_string())
-      row.AppendTextPar(name, value.get<std::string>());
-    else if (value.is_boolean())
-      row.AppendBoolPar(name, value.get<bool>());
-    else if (value.is_number_unsigned())
-      row.AppendUInt64Par(name, value.get<std::uint64_t>());
-  }
-  return row;
 }
 
 }  // namespace tav::ctl

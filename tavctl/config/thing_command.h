@@ -26,7 +26,7 @@ class cThingCommand : public cCommand {
   // ---- what a kind fills in
   virtual Columns GetColumns() const = 0;
   // All of them, or those of that name.
-  virtual std::vector<cJson> Find(cGatewayConfig& config, const std::string& name, eSecrets secrets) = 0;
+  virtual std::vector<form::cJson> Find(cGatewayConfig& config, const std::string& name, form::eSecrets secrets) = 0;
   // Makes or changes the one of that name.
   virtual void Set(cGatewayConfig& config, const std::string& name, const std::vector<cAssignment>& fields) = 0;
   // What went.
@@ -37,7 +37,7 @@ class cThingCommand : public cCommand {
   }
 
   const std::string& GetThing() const { return m_name; }
-  eSecrets GetSecrets() const { return m_secrets ? eSecrets::Show : eSecrets::Leave; }
+  form::eSecrets GetSecrets() const { return m_secrets ? form::eSecrets::Show : form::eSecrets::Leave; }
   [[noreturn]] void RefuseUnknown(const std::string& name) const;
 
  private:
@@ -52,12 +52,9 @@ class cThingCommand : public cCommand {
   bool m_secrets = false;
 };
 
-// The values of a JSON object as a row for people: nested ones are left out.
-vorn::cRecord RowOf(const cJson& object);
-
 // "  name       name, such as RS232", a line a field.
 template <typename Record, std::size_t N>
-std::string FieldHelp(const cField<Record> (&fields)[N]) {
+std::string FieldHelp(const form::cField<Record> (&fields)[N]) {
   std::string text = "Fields:\n";
   for (const auto& field : fields) {
     std::string name(field.name);

@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <optional>
 
+#include <gateway/form/config_columns.h>
 #include <tavctl/failure.h>
 #include <tavctl/options.h>
 #include <tavctl/progress.h>
@@ -25,47 +26,28 @@ std::optional<cMeterConfig> FindMeter(cGatewayConfig& config, const std::string&
   throw cFailure(eExitNegative, "several meters are called '" + name + "': " + names);
 }
 
-constexpr cColumn kInterfaceColumns[] = {{"name", "NAME"}, {"enabled", "ENABLED"}, {"options", "OPTIONS"}};
-constexpr cColumn kMeterColumns[] = {{"meterID", "METER"},
-                                     {"addr", "ADDRESS"},
-                                     {"medium", "MEDIUM", eForm::Medium},
-                                     {"mfct", "MAKER"},
-                                     {"interface-name", "INTERFACE"},
-                                     {"interface-protocol", "PROTOCOL"},
-                                     {"interface-options", "OPTIONS"},
-                                     {"push-enabled", "PUSH"}};
-constexpr cColumn kCollectorColumns[] = {{"meterID", "METER"},
-                                         {"addr", "COLLECTOR"},
-                                         {"activation", "ACTIVE"},
-                                         {"event-type", "EVENT"},
-                                         {"countRP", "KEPT", eForm::Number},
-                                         {"obis-ids", "OBIS"},
-                                         {"push-target-name", "PUSH TARGET"}};
-constexpr cColumn kPushTargetColumns[] = {{"name", "NAME"},       {"idx", "NUMBER", eForm::Number},
-                                          {"enabled", "ENABLED"}, {"protocoll", "SCHEME"},
-                                          {"host", "HOST"},       {"uri", "PATH"}};
-constexpr cColumn kTemplateColumns[] = {{"name", "NAME"}, {"idx", "NUMBER", eForm::Number}, {"enable", "ENABLED"}};
-
 }  // namespace
 
 // ---- interfaces
 
 cInterfaceCommand::cInterfaceCommand()
     : cThingCommand("interface", "List, show, set and delete the interfaces of the gateway", "INTERFACE",
-                    FieldHelp(kInterfaceFields)) {}
+                    FieldHelp(form::kInterfaceFields)) {}
 
-Columns cInterfaceCommand::GetColumns() const { return kInterfaceColumns; }
+Columns cInterfaceCommand::GetColumns() const { return form::kInterfaceColumns; }
 
-std::vector<cJson> cInterfaceCommand::Find(cGatewayConfig& config, const std::string& name, eSecrets secrets) {
-  std::vector<cJson> found;
-  for (const auto& each : config.GetInterfaces(name)) found.push_back(ToJson(each, kInterfaceFields, secrets));
+std::vector<form::cJson> cInterfaceCommand::Find(cGatewayConfig& config, const std::string& name,
+                                                 form::eSecrets secrets) {
+  std::vector<form::cJson> found;
+  for (const auto& each : config.GetInterfaces(name))
+    found.push_back(form::ToJson(each, form::kInterfaceFields, secrets));
   return found;
 }
 
 void cInterfaceCommand::Set(cGatewayConfig& config, const std::string& name, const std::vector<cAssignment>& fields) {
   const auto found = config.GetInterfaces(name);
   cInterfaceRecord interface = found.empty() ? cInterfaceRecord(name) : found.front();
-  for (const cAssignment& field : fields) Assign(interface, kInterfaceFields, field);
+  for (const cAssignment& field : fields) Assign(interface, form::kInterfaceFields, field);
   config.Set(interface);
 }
 
@@ -77,13 +59,14 @@ std::vector<std::string> cInterfaceCommand::Delete(cGatewayConfig& config, const
 // ---- meters
 
 cMeterCommand::cMeterCommand()
-    : cThingCommand("meter", "List, show, set and delete the configured meters", "METER", FieldHelp(kMeterFields)) {}
+    : cThingCommand("meter", "List, show, set and delete the configured meters", "METER",
+                    FieldHelp(form::kMeterFields)) {}
 
-Columns cMeterCommand::GetColumns() const { return kMeterColumns; }
+Columns cMeterCommand::GetColumns() const { return form::kMeterColumns; }
 
-std::vector<cJson> cMeterCommand::Find(cGatewayConfig& config, const std::string& name, eSecrets secrets) {
-  std::vector<cJson> found;
-  for (const auto& each : config.GetMeters(name)) found.push_back(MeterToJson(each, secrets));
+std::vector<form::cJson> cMeterCommand::Find(cGatewayConfig& config, const std::string& name, form::eSecrets secrets) {
+  std::vector<form::cJson> found;
+  for (const auto& each : config.GetMeters(name)) found.push_back(form::MeterToJson(each, secrets));
   return found;
 }
 
@@ -94,7 +77,7 @@ void cMeterCommand::Set(cGatewayConfig& config, const std::string& name, const s
     meter = *found;
   else
     meter.meterID = name;
-  for (const cAssignment& field : fields) Assign(meter, kMeterFields, field);
+  for (const cAssignment& field : fields) Assign(meter, form::kMeterFields, field);
   config.Set(meter);
 }
 
@@ -131,18 +114,19 @@ cMeterConfig KnownMeter(cGatewayConfig& config, const std::string& name) {
 
 cCollectorCommand::cCollectorCommand()
     : cThingCommand("collector", "List, show, set and delete what is logged of a meter", "METER/NAME",
-                    FieldHelp(kCollectorFields)) {}
+                    FieldHelp(form::kCollectorFields)) {}
 
-Columns cCollectorCommand::GetColumns() const { return kCollectorColumns; }
+Columns cCollectorCommand::GetColumns() const { return form::kCollectorColumns; }
 
-std::vector<cJson> cCollectorCommand::Find(cGatewayConfig& config, const std::string& name, eSecrets secrets) {
+std::vector<form::cJson> cCollectorCommand::Find(cGatewayConfig& config, const std::string& name,
+                                                 form::eSecrets secrets) {
   const auto [which, addr] = name.empty() ? std::pair<std::string, std::string>() : Parts(name);
-  std::vector<cJson> found;
+  std::vector<form::cJson> found;
   for (const cMeterConfig& meter : config.GetMeters(which))
     for (const cCollectorConfig& each : meter.collectors) {
       if (!addr.empty() && each.addr != addr) continue;
-      cJson object = cJson::object({{"meterID", meter.meterID}});
-      object.update(ToJson(each, kCollectorFields, secrets));
+      form::cJson object = form::cJson::object({{"meterID", meter.meterID}});
+      object.update(form::ToJson(each, form::kCollectorFields, secrets));
       found.push_back(object);
     }
   return found;
@@ -157,7 +141,7 @@ void cCollectorCommand::Set(cGatewayConfig& config, const std::string& name, con
     fresh.SetAddr(addr);
     collector = meter.collectors.insert(meter.collectors.end(), fresh);
   }
-  for (const cAssignment& field : fields) Assign(*collector, kCollectorFields, field);
+  for (const cAssignment& field : fields) Assign(*collector, form::kCollectorFields, field);
   config.Set(meter);
 }
 
@@ -175,13 +159,15 @@ std::vector<std::string> cCollectorCommand::Delete(cGatewayConfig& config, const
 
 cPushTargetCommand::cPushTargetCommand()
     : cThingCommand("push-target", "List, show, set and delete the servers that values are pushed to", "PUSH-TARGET",
-                    FieldHelp(kPushTargetFields)) {}
+                    FieldHelp(form::kPushTargetFields)) {}
 
-Columns cPushTargetCommand::GetColumns() const { return kPushTargetColumns; }
+Columns cPushTargetCommand::GetColumns() const { return form::kPushTargetColumns; }
 
-std::vector<cJson> cPushTargetCommand::Find(cGatewayConfig& config, const std::string& name, eSecrets secrets) {
-  std::vector<cJson> found;
-  for (const auto& each : config.GetPushTargets(name)) found.push_back(ToJson(each, kPushTargetFields, secrets));
+std::vector<form::cJson> cPushTargetCommand::Find(cGatewayConfig& config, const std::string& name,
+                                                  form::eSecrets secrets) {
+  std::vector<form::cJson> found;
+  for (const auto& each : config.GetPushTargets(name))
+    found.push_back(form::ToJson(each, form::kPushTargetFields, secrets));
   return found;
 }
 
@@ -192,7 +178,7 @@ void cPushTargetCommand::Set(cGatewayConfig& config, const std::string& name, co
     target.name = name;
   else
     target = found.front();
-  for (const cAssignment& field : fields) Assign(target, kPushTargetFields, field);
+  for (const cAssignment& field : fields) Assign(target, form::kPushTargetFields, field);
   config.Set(target);
 }
 
@@ -207,34 +193,17 @@ std::vector<std::string> cPushTargetCommand::Delete(cGatewayConfig& config, cons
 
 namespace {
 
-constexpr std::string_view kMeterPrefix = "meter-config.";
-constexpr std::string_view kPushPrefix = "push-config.";
-
 std::string TemplateHelp() {
-  return FieldHelp(kTemplateFields) +
+  return FieldHelp(form::kTemplateFields) +
          "and meter-config.FIELD, push-config.FIELD; see tavctl meter set --help and tavctl "
          "push-target set --help\n";
-}
-
-void AssignTemplate(cMeterTemplate& to, cAssignment field) {
-  const auto behind = [&](std::string_view prefix) {
-    if (field.field.rfind(prefix, 0) != 0) return false;
-    field.field.erase(0, prefix.size());
-    return true;
-  };
-  if (behind(kMeterPrefix))
-    Assign(to.meterConfig, kMeterFields, field);
-  else if (behind(kPushPrefix))
-    Assign(to.pushConfig, kPushTargetFields, field);
-  else
-    Assign(to, kTemplateFields, field);
 }
 
 // The number in a file's name, "42.mt".
 unsigned long long NumberOf(const std::filesystem::path& file) {
   std::uint64_t number = 0;
   std::string expected;
-  if (file.extension() != ".mt" || !TakeText(file.stem().string(), ~std::uint64_t{0}, number, expected))
+  if (file.extension() != ".mt" || !form::TakeText(file.stem().string(), ~std::uint64_t{0}, number, expected))
     throw cFailure(eExitUsage, file.string() + ": a template's file is named after its number, such as 42.mt");
   return number;
 }
@@ -254,11 +223,12 @@ void cTemplateCommand::AddOptions(CLI::App& app) {
   AddArguments(in, "FILE", m_files, "Files named NUMBER.mt", eNeed::Required);
 }
 
-Columns cTemplateCommand::GetColumns() const { return kTemplateColumns; }
+Columns cTemplateCommand::GetColumns() const { return form::kTemplateColumns; }
 
-std::vector<cJson> cTemplateCommand::Find(cGatewayConfig& config, const std::string& name, eSecrets secrets) {
-  std::vector<cJson> found;
-  for (const auto& each : config.GetTemplates(name)) found.push_back(TemplateToJson(each, secrets));
+std::vector<form::cJson> cTemplateCommand::Find(cGatewayConfig& config, const std::string& name,
+                                                form::eSecrets secrets) {
+  std::vector<form::cJson> found;
+  for (const auto& each : config.GetTemplates(name)) found.push_back(form::TemplateToJson(each, secrets));
   return found;
 }
 
@@ -269,8 +239,10 @@ void cTemplateCommand::Set(cGatewayConfig& config, const std::string& name, cons
     changed.name = name;
   else
     changed = found.front();
-  for (const cAssignment& field : fields) AssignTemplate(changed, field);
-  const std::string fault = PushConfigFault(changed);
+  std::string error;
+  for (const cAssignment& field : fields)
+    if (!form::SetTemplateByName(changed, field.field, field.value, error)) throw cFailure(eExitUsage, error);
+  const std::string fault = form::PushConfigFault(changed);
   if (!fault.empty()) throw cFailure(eExitUsage, "push-config: " + fault);
   config.Set(changed);
 }

@@ -12,7 +12,7 @@ class cInterfaceCommand final : public cThingCommand {
 
  protected:
   Columns GetColumns() const override;
-  std::vector<cJson> Find(cGatewayConfig& config, const std::string& name, eSecrets secrets) override;
+  std::vector<form::cJson> Find(cGatewayConfig& config, const std::string& name, form::eSecrets secrets) override;
   void Set(cGatewayConfig& config, const std::string& name, const std::vector<cAssignment>& fields) override;
   std::vector<std::string> Delete(cGatewayConfig& config, const std::string& name) override;
 };
@@ -24,7 +24,7 @@ class cMeterCommand final : public cThingCommand {
 
  protected:
   Columns GetColumns() const override;
-  std::vector<cJson> Find(cGatewayConfig& config, const std::string& name, eSecrets secrets) override;
+  std::vector<form::cJson> Find(cGatewayConfig& config, const std::string& name, form::eSecrets secrets) override;
   void Set(cGatewayConfig& config, const std::string& name, const std::vector<cAssignment>& fields) override;
   std::vector<std::string> Delete(cGatewayConfig& config, const std::string& name) override;
 };
@@ -36,7 +36,7 @@ class cCollectorCommand final : public cThingCommand {
 
  protected:
   Columns GetColumns() const override;
-  std::vector<cJson> Find(cGatewayConfig& config, const std::string& name, eSecrets secrets) override;
+  std::vector<form::cJson> Find(cGatewayConfig& config, const std::string& name, form::eSecrets secrets) override;
   void Set(cGatewayConfig& config, const std::string& name, const std::vector<cAssignment>& fields) override;
   std::vector<std::string> Delete(cGatewayConfig& config, const std::string& name) override;
 };
@@ -47,7 +47,7 @@ class cPushTargetCommand final : public cThingCommand {
 
  protected:
   Columns GetColumns() const override;
-  std::vector<cJson> Find(cGatewayConfig& config, const std::string& name, eSecrets secrets) override;
+  std::vector<form::cJson> Find(cGatewayConfig& config, const std::string& name, form::eSecrets secrets) override;
   void Set(cGatewayConfig& config, const std::string& name, const std::vector<cAssignment>& fields) override;
   std::vector<std::string> Delete(cGatewayConfig& config, const std::string& name) override;
 };
@@ -61,7 +61,7 @@ class cTemplateCommand final : public cThingCommand {
 
  protected:
   Columns GetColumns() const override;
-  std::vector<cJson> Find(cGatewayConfig& config, const std::string& name, eSecrets secrets) override;
+  std::vector<form::cJson> Find(cGatewayConfig& config, const std::string& name, form::eSecrets secrets) override;
   void Set(cGatewayConfig& config, const std::string& name, const std::vector<cAssignment>& fields) override;
   std::vector<std::string> Delete(cGatewayConfig& config, const std::string& name) override;
   bool RunOther(cContext& context, cGatewayConfig& config, const std::string& action) override;

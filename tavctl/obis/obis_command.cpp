@@ -3,21 +3,22 @@
 
 #include <CLI/CLI.hpp>
 #include <charconv>
-#include <limits>
 #include <sstream>
 
+#include <gateway/form/rule_rows.h>
+#include <gateway/form/toml_text.h>
+#include <gateway/form/utf8.h>
 #include <gateway/rules/default_rules.h>
 #include <gateway/rules/rule_check.h>
 #include <gateway/rules/rule_difference.h>
 #include <gateway/rules/rules_text.h>
-#include <tavctl/config/toml_text.h>
 #include <tavctl/failure.h>
 #include <tavctl/input_file.h>
 #include <tavctl/json_rows.h>
 #include <tavctl/obis/rule_document.h>
 #include <tavctl/obis/rule_service.h>
 #include <tavctl/options.h>
-#include <tavctl/utf8.h>
+#include <tavctl/terminal_text.h>
 
 namespace tav::ctl {
 
@@ -25,7 +26,6 @@ namespace {
 
 using cId = unsigned long long;
 
-constexpr cColumn kRuleColumns[] = {{"ID", "ID"}, {"obis", "OBIS"}, {"name", "NAME"}, {"map", "MAP"}};
 constexpr const char* kComment = "OBIS mapping rules of a gateway; import with: tavctl obis import FILE";
 
 cId ReadId(const std::string& text) {
@@ -42,14 +42,10 @@ const cObisMapEntry& Find(const cObisMap& map, const std::string& idText) {
   throw cFailure(eExitNegative, "there is no rule " + idText + "; see tavctl obis list");
 }
 
-// Above the largest, and not where shipped rules may come to stand.
 cId FreeId(const cObisMap& map) {
-  if (map.GetEntries().empty()) return 1;
-  const cId largest = map.GetEntries().rbegin()->first;
-  if (largest == std::numeric_limits<cId>::max())
-    throw cFailure(eExitUsage, "obis set: there is no ID above " + std::to_string(largest) + "; give one");
-  const bool isShipped = largest + 1 >= rules::kFirstDefaultId && largest + 1 < rules::kEndOfDefaultIds;
-  return isShipped ? rules::kEndOfDefaultIds : largest + 1;
+  if (const auto id = rules::FreeRuleId(map)) return *id;
+  const std::string largest = std::to_string(map.GetEntries().rbegin()->first);
+  throw cFailure(eExitUsage, "obis set: there is no ID above " + largest + "; give one");
 }
 
 bool Holds(const cObisMapEntry& rule, const std::string& text) {
@@ -102,7 +98,7 @@ bool cObisCommand::IsGiven(const char* option) const { return m_app->get_subcomm
 
 eExit cObisCommand::List(cContext& context) const {
   const cObisMap map = cRuleService(context).GetMap();
-  const auto rows = context.Rows(kRuleColumns);
+  const auto rows = context.Rows(form::kRuleColumns);
   for (const auto& [id, rule] : map.GetEntries())
     if (Holds(rule, m_filter)) rows->Write(rule.ToRecord());
   rows->End();
@@ -113,12 +109,12 @@ eExit cObisCommand::List(cContext& context) const {
 eExit cObisCommand::Show(cContext& context) const {
   const cObisMap map = cRuleService(context).GetMap();
   const cObisMapEntry& rule = Find(map, m_id);
-  cJson json;
+  form::cJson json;
   json[context.json ? "ID" : "id"] = rule.GetID();
-  json["name"] = ToUtf8(rule.GetName());
-  json["obis"] = ToUtf8(rule.GetObisID());
-  json["map"] = ToUtf8(rule.GetMap());
-  context.streams.out << (context.json ? ToLine(json) + "\n" : ToToml(json));
+  json["name"] = form::ToUtf8(rule.GetName());
+  json["obis"] = form::ToUtf8(rule.GetObisID());
+  json["map"] = form::ToUtf8(rule.GetMap());
+  context.streams.out << (context.json ? form::ToLine(json) + "\n" : form::ToToml(json));
   return eExitDone;
 }
 
@@ -203,7 +199,7 @@ eExit cObisCommand::Import(cContext& context) const {
       context.Note("nothing was changed");
       return eExitNegative;
     }
-    map = MapOf(rules);
+    map = rules::MapOf(rules);
   }
   cRuleService service(context);
   const std::string source =
@@ -220,7 +216,7 @@ eExit cObisCommand::Export(cContext& context) const {
   const cObisMap map = cRuleService(context).GetMap();
   std::ostringstream text;
   if (context.json) {
-    cJsonRows rows(text, kRuleColumns);
+    cJsonRows rows(text, form::kRuleColumns);
     for (const auto& [id, rule] : map.GetEntries()) rows.Write(rule.ToRecord());
     rows.End();
   } else {

@@ -22,9 +22,6 @@ std::vector<rules::cRawRule> ReadRules(const std::string& file, cContext& contex
 // The same as a map: every rule has to be right.
 cObisMap ReadRuleMap(const std::string& file, cContext& context);
 
-// Of rules that have no error.
-cObisMap MapOf(const std::vector<rules::cRawRule>& rules);
-
 // A line beside the output for each finding: "rules.toml:12: warning: rule 7: is never used ...".
 void NoteFindings(const std::vector<rules::cFinding>& findings, const cContext& context);
 // The same as rows of the output.

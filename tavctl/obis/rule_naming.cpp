@@ -2,7 +2,7 @@
 #include <tavctl/obis/rule_naming.h>
 
 #include <gateway/rules/rule_match.h>
-#include <tavctl/utf8.h>
+#include <tavctl/terminal_text.h>
 
 namespace tav::ctl {
 

@@ -4,16 +4,14 @@
 #include <algorithm>
 #include <map>
 
+#include <gateway/form/rule_rows.h>
 #include <tavctl/failure.h>
 #include <tavctl/options.h>
-#include <tavctl/utf8.h>
+#include <tavctl/terminal_text.h>
 
 namespace tav::ctl {
 
 namespace {
-
-constexpr cColumn kColumns[] = {
-    {"fit", "FIT"}, {"ID", "ID", eForm::Number}, {"obis", "OBIS"}, {"name", "NAME"}, {"map", "MAP"}, {"why", "WHY"}};
 
 [[noreturn]] void Fail(const std::string& text) { throw cFailure(eExitUsage, "explain: " + text); }
 
@@ -22,17 +20,6 @@ vorn::cData BytesOf(const char* option, const std::string& text) {
   if (!vorn::cData::FromHex(text, bytes))
     Fail(std::string(option) + ": expected two hexadecimal digits a byte, found \"" + ForTerminal(text) + "\"");
   return bytes;
-}
-
-const char* FitText(rules::eFit fit) {
-  return fit == rules::eFit::Names ? "names" : fit == rules::eFit::Behind ? "behind" : "no";
-}
-
-vorn::cRecord RowOf(const rules::cVerdict& verdict) {
-  vorn::cRecord row = verdict.rule->ToRecord();
-  row.AppendTextPar("fit", FitText(verdict.fit));
-  row.AppendTextPar("why", verdict.text);
-  return row;
 }
 
 }  // namespace
@@ -73,8 +60,8 @@ eExit cRuleQuery::Answer(const cObisMap& map, const cContext& context) const {
     context.Note("--value is not looked at: " + m_protocol + " values have no identifier before a rule gives them one");
   auto verdicts = rules::Match(map, query);
   if (!m_all) verdicts = rules::Nearest(std::move(verdicts), kNearest);
-  const auto rows = context.Rows(kColumns);
-  for (const rules::cVerdict& verdict : verdicts) rows->Write(RowOf(verdict));
+  const auto rows = context.Rows(form::kVerdictColumns);
+  for (const rules::cVerdict& verdict : verdicts) rows->Write(form::RowOf(verdict));
   rows->End();
   if (std::any_of(verdicts.begin(), verdicts.end(), [](const auto& each) { return each.fit == rules::eFit::Names; }))
     return eExitDone;

@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <limits>
 
 #include <gateway/rules/rule_check.h>
 #include <gateway/rules/rules_file.h>
@@ -134,6 +135,20 @@ TEST(DefaultRules, NameEveryValueOfTheCapturesOfSmlMeters) {
     }
   }
   EXPECT_GT(values, 100u);
+}
+
+TEST(DefaultRules, LeaveIdsForRulesOfOnesOwn) {
+  constexpr unsigned long long kLargest = std::numeric_limits<unsigned long long>::max();
+  const auto above = [](unsigned long long id) {
+    return FreeRuleId(MapOf({{id, "Import", "1-0:1.8.0", "protocol=dlms", {}}}));
+  };
+  EXPECT_EQ(FreeRuleId({}), 1u);
+  EXPECT_EQ(above(kFirstDefaultId - 2), kFirstDefaultId - 1);
+  EXPECT_EQ(above(kFirstDefaultId - 1), kEndOfDefaultIds);
+  EXPECT_EQ(above(kEndOfDefaultIds - 1), kEndOfDefaultIds);
+  EXPECT_EQ(above(kEndOfDefaultIds), kEndOfDefaultIds + 1);
+  EXPECT_EQ(above(kLargest - 1), kLargest);
+  EXPECT_EQ(above(kLargest), std::nullopt);
 }
 
 }  // namespace

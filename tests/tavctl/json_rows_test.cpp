@@ -68,7 +68,7 @@ TEST_F(JsonRows, CloseAnArrayThatWasBegunAndWriteNothingElse) {
 TEST_F(JsonRows, AreUtf8WhateverTheTextsAre) {
   cJsonRows rows(out, kColumns);
   rows.Write(Row("m\xB3"));
-  rows.Write(nlohmann::ordered_json{{"name", "\xC3"}});
+  rows.Write(form::cJson{{"name", "\xC3"}});
   rows.End();
   const auto document = nlohmann::json::parse(out.str());
   EXPECT_EQ(document[0]["name"], "m\xC2\xB3");

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
-// Times as people write them on a command line, and as tavctl shows them.
+// Times as people write them, and as they are shown.
 #pragma once
 
 #include <string>
 #include <string_view>
 
-namespace tav::ctl {
+namespace tav::form {
 
 // Every form that ParseTime takes, for help and errors.
 inline constexpr std::string_view kTimeForms =
@@ -23,4 +23,4 @@ bool ParseTime(std::string_view text, unsigned int now, unsigned int& seconds, s
 // Local time with its offset, "2024-03-01T13:00:00+01:00".
 std::string FormatTime(unsigned int seconds);
 
-}  // namespace tav::ctl
+}  // namespace tav::form

@@ -2,10 +2,10 @@
 // The columns of a value of a meter, as last, values and watch show them.
 #pragma once
 
+#include <gateway/form/columns.h>
 #include <tav/service/db_ctrl_protocol.h>
-#include <tavctl/table.h>
 
-namespace tav::ctl {
+namespace tav::form {
 
 inline constexpr cColumn kLastValueColumns[] = {
     {db_ctrl::kMeterId, "METER"},
@@ -29,4 +29,4 @@ inline constexpr cColumn kProfileColumns[] = {
     {"value-timestamp", "TIME", eForm::Time},     {"time-source", "TIME FROM"},
 };
 
-}  // namespace tav::ctl
+}  // namespace tav::form

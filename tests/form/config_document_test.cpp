@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
-#include <tavctl/config/document.h>
+#include <gateway/form/config_document.h>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-namespace tav::ctl {
+namespace tav::form {
 namespace {
 
 using testing::ElementsAre;
@@ -144,4 +144,4 @@ TEST(ConfigDocument, TakesAnEmptyOneForAnEmptyConfiguration) {
   EXPECT_TRUE(Read("# nothing\n").templates.empty());
 }
 
-}  // namespace tav::ctl
+}  // namespace tav::form

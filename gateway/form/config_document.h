@@ -8,9 +8,9 @@
 #include <string>
 #include <vector>
 
-#include <tavctl/config/json_form.h>
+#include <gateway/form/config_json.h>
 
-namespace tav::ctl {
+namespace tav::form {
 
 enum class eDocument { Toml, Json };
 
@@ -27,11 +27,4 @@ struct cConfigDocument {
   static cConfigDocument FromText(const std::string& text, const cConfigDocument& present, Faults& faults);
 };
 
-// One thing of it, for what shows and changes single ones.
-cJson MeterToJson(const cMeterConfig& meter, eSecrets secrets);
-cJson TemplateToJson(const cMeterTemplate& meterTemplate, eSecrets secrets);
-
-// Why the push target of a template could not be read back; empty when it can, or when there is none.
-std::string PushConfigFault(const cMeterTemplate& meterTemplate);
-
-}  // namespace tav::ctl
+}  // namespace tav::form

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include <tavctl/time_text.h>
+#include <gateway/form/time_text.h>
 
 #include <charconv>
 #include <chrono>
@@ -9,7 +9,7 @@
 
 #include <tav/framework/time.h>
 
-namespace tav::ctl {
+namespace tav::form {
 
 namespace {
 
@@ -193,4 +193,4 @@ bool ParseTime(std::string_view text, unsigned int now, unsigned int& seconds, s
 
 std::string FormatTime(unsigned int seconds) { return vorn::cTime::FromSeconds(seconds, false).ToISO8601String(); }
 
-}  // namespace tav::ctl
+}  // namespace tav::form

@@ -3,9 +3,9 @@
 // exported and imported comes from these tables.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <limits>
-#include <span>
 #include <string>
 #include <string_view>
 #include <variant>
@@ -16,7 +16,7 @@
 #include <tav/config/meter_template.h>
 #include <tav/config/push_target.h>
 
-namespace tav::ctl {
+namespace tav::form {
 
 template <typename Record>
 using Member = std::variant<std::string Record::*, bool Record::*, unsigned int Record::*, unsigned short Record::*,
@@ -81,7 +81,9 @@ inline constexpr cField<cPushTarget> kPushTargetFields[] = {
     {"post-enabled",         &cPushTarget::postEnabled,            "whether data are posted"},
 };
 
-// Its meter and push target stand nested in it.
+// Its meter and push target stand nested in it, under these names.
+inline constexpr const char* kMeterConfig = "meter-config";
+inline constexpr const char* kPushConfig = "push-config";
 inline constexpr cField<cMeterTemplate> kTemplateFields[] = {
     {"idx",                  &cMeterTemplate::id,                  "number; the service chooses it"},
     {"name",                 &cMeterTemplate::name,                "name"},
@@ -120,16 +122,16 @@ std::string FieldText(const Record& record, const cField<Record>& field) {
 }
 
 // Null when there is no field of that name.
-template <typename Record>
-const cField<Record>* FindField(std::span<const cField<Record>> fields, std::string_view name) {
+template <typename Record, std::size_t N>
+const cField<Record>* FindField(const cField<Record> (&fields)[N], std::string_view name) {
   for (const cField<Record>& field : fields)
     if (field.name == name) return &field;
   return nullptr;
 }
 
 // "name, enabled, options"
-template <typename Record>
-std::string FieldNames(std::span<const cField<Record>> fields) {
+template <typename Record, std::size_t N>
+std::string FieldNames(const cField<Record> (&fields)[N]) {
   std::string names;
   for (const cField<Record>& field : fields) (names += names.empty() ? "" : ", ") += field.name;
   return names;
@@ -141,4 +143,23 @@ bool SetField(Record& record, const cField<Record>& field, const std::string& te
   return std::visit([&](auto member) { return TakeText(text, record.*member, expected); }, field.member);
 }
 
-}  // namespace tav::ctl
+// Sets the field of that name from its text; false, and what is wrong, when there is none or the text does not fit.
+template <typename Record, std::size_t N>
+bool SetByName(Record& record, const cField<Record> (&fields)[N], const std::string& name, const std::string& text,
+               std::string& error) {
+  const cField<Record>* const field = FindField(fields, name);
+  if (field == nullptr) {
+    error = "there is no field '" + name + "'; there are " + FieldNames(fields);
+    return false;
+  }
+  std::string expected;
+  if (SetField(record, *field, text, expected)) return true;
+  error = name + ": expected " + expected + ", found \"" + text + "\"";
+  return false;
+}
+
+// The same of a template, and with "meter-config.medium", "push-config.host" of what stands nested in it.
+bool SetTemplateByName(cMeterTemplate& meterTemplate, const std::string& name, const std::string& text,
+                       std::string& error);
+
+}  // namespace tav::form

@@ -1,11 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
-#include <tavctl/config/toml_text.h>
+#include <gateway/form/toml_text.h>
 
+#include <exception>
 #include <sstream>
 
 #include <gateway/rules/toml.h>
 
-namespace tav::ctl {
+namespace tav::form {
 
 namespace {
 
@@ -84,8 +85,10 @@ bool FromToml(const std::string& text, cJson& document, Lines& lines, std::strin
   } catch (const toml::parse_error& fault) {
     error = "line " + std::to_string(fault.source().begin.line) + ", column " +
             std::to_string(fault.source().begin.column) + ": " + std::string(fault.description());
-    return false;
+  } catch (const std::exception& fault) {
+    error = fault.what();
   }
+  return false;
 }
 
-}  // namespace tav::ctl
+}  // namespace tav::form

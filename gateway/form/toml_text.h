@@ -5,9 +5,9 @@
 #include <map>
 #include <string>
 
-#include <tavctl/config/json_form.h>
+#include <gateway/form/config_json.h>
 
-namespace tav::ctl {
+namespace tav::form {
 
 // In the order of the document.
 std::string ToToml(const cJson& document);
@@ -18,4 +18,4 @@ using Lines = std::map<std::string, unsigned int>;
 // False, and in error where and what, for a text that is no TOML. Dates and times become texts.
 bool FromToml(const std::string& text, cJson& document, Lines& lines, std::string& error);
 
-}  // namespace tav::ctl
+}  // namespace tav::form

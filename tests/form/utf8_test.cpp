@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
-#include <tavctl/utf8.h>
+#include <gateway/form/utf8.h>
 
 #include <gtest/gtest.h>
 
-namespace tav::ctl {
+namespace tav::form {
 namespace {
 
 TEST(Utf8, LeavesUtf8Alone) {
@@ -39,30 +39,14 @@ TEST(Utf8, KnowsWhatIsNoUtf8) {
   for (const auto& [text, why] : cases) EXPECT_NE(ToUtf8(text), text) << why;
 }
 
-TEST(Utf8, ShowsControlCharactersInsteadOfSendingThem) {
-  EXPECT_EQ(ForTerminal("a\x1b[2Jb"), "a\\x1b[2Jb");
-  EXPECT_EQ(ForTerminal("line\nline\t\x7f"), "line\\x0aline\\x09\\x7f");
-  EXPECT_EQ(ForTerminal("\xC2\x9B"), "\\x9b") << "the one-byte form of an escape sequence's beginning";
-  EXPECT_EQ(ForTerminal("\x9B"), "\\x9b") << "also where it came as ISO 8859-1";
-  EXPECT_EQ(ForTerminal("m\xB3"), "m\xC2\xB3");
-}
-
-TEST(Utf8, KnowsHowWideATextIs) {
-  const struct {
-    const char* text;
-    std::size_t width;
-  } cases[] = {
-      {"", 0},
-      {"kWh", 3},
-      {"m\xC2\xB3", 2},
-      {"e\xCC\x81", 1},         // e and a combining accent
-      {"\xE6\xB0\xB4", 2},      // a wide character
-      {"\xF0\x9F\x94\x8C", 2},  // a pictogram
-      {"\xE2\x80\x8B", 0},      // a space without width
-      {"\xC3\x84rger", 5},
-  };
-  for (const auto& [text, width] : cases) EXPECT_EQ(DisplayWidth(text), width) << text;
+TEST(Utf8, GivesTheCharactersOfATextOneByOne) {
+  std::string_view text = "m\xC2\xB3\xF0\x9F\x94\x8C\xFF";
+  EXPECT_EQ(TakeCharacter(text), U'm');
+  EXPECT_EQ(TakeCharacter(text), U'\u00B3');
+  EXPECT_EQ(TakeCharacter(text), U'\U0001F50C');
+  EXPECT_EQ(TakeCharacter(text), kNoCharacter);
+  EXPECT_EQ(text, "\xFF") << "what is none stays there";
 }
 
 }  // namespace
-}  // namespace tav::ctl
+}  // namespace tav::form

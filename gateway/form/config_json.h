@@ -4,16 +4,15 @@
 #pragma once
 
 #include <algorithm>
+#include <functional>
 #include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
 
-#include <tavctl/config/fields.h>
-#include <tavctl/json_rows.h>
+#include <gateway/form/config_fields.h>
+#include <gateway/form/json.h>
 
-namespace tav::ctl {
-
-using cJson = nlohmann::ordered_json;
+namespace tav::form {
 
 enum class eSecrets { Leave, Show };
 
@@ -56,8 +55,8 @@ cJson ToJson(const Record& record, const cField<Record> (&fields)[N], eSecrets s
 }
 
 // Sets the fields that the object has. Members that are no fields are for the caller, when they are among others.
-template <typename Record>
-void FromJson(const cJson& object, std::span<const cField<Record>> fields, Record& record, const std::string& place,
+template <typename Record, std::size_t N>
+void FromJson(const cJson& object, const cField<Record> (&fields)[N], Record& record, const std::string& place,
               Faults& faults, std::initializer_list<std::string_view> others = {}) {
   if (!object.is_object()) {
     faults.push_back({place, "expected fields, found " + ToLine(object)});
@@ -74,4 +73,32 @@ void FromJson(const cJson& object, std::span<const cField<Record>> fields, Recor
   }
 }
 
-}  // namespace tav::ctl
+// The values of an object as a row of a listing: what stands nested in it is left out.
+vorn::cRecord RowOf(const cJson& object);
+
+// ---- one thing with what stands nested in it
+
+inline constexpr const char* kCollectors = "collectors";
+
+template <typename Things, typename Convert>
+cJson ListToJson(const Things& things, const Convert& convert) {
+  cJson list = cJson::array();
+  for (const auto& thing : things) list.push_back(convert(thing));
+  return list;
+}
+
+cJson MeterToJson(const cMeterConfig& meter, eSecrets secrets);
+cJson TemplateToJson(const cMeterTemplate& meterTemplate, eSecrets secrets);
+
+// take(item, place) for every item of a list that an object may have.
+using TakeItem = std::function<void(const cJson& item, const std::string& place)>;
+void ListFromJson(const cJson& object, const char* name, const std::string& place, Faults& faults,
+                  const TakeItem& take);
+
+void MeterFromJson(const cJson& object, cMeterConfig& meter, const std::string& place, Faults& faults);
+void TemplateFromJson(const cJson& object, cMeterTemplate& meterTemplate, const std::string& place, Faults& faults);
+
+// Why the push target of a template could not be read back; empty when it can, or when there is none.
+std::string PushConfigFault(const cMeterTemplate& meterTemplate);
+
+}  // namespace tav::form

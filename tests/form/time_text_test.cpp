@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
-#include <tavctl/time_text.h>
+#include <gateway/form/time_text.h>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <tests/support/time_zone.h>
 
-namespace tav::ctl {
+namespace tav::form {
 namespace {
 
 using testing::HasSubstr;
@@ -139,4 +139,4 @@ TEST_F(TimeText, ShowsLocalTimeWithItsOffset) {
 }
 
 }  // namespace
-}  // namespace tav::ctl
+}  // namespace tav::form

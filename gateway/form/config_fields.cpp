@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
-#include <tavctl/config/fields.h>
+#include <gateway/form/config_fields.h>
 
 #include <charconv>
 
-namespace tav::ctl {
+namespace tav::form {
 
 bool TakeText(const std::string& text, std::string& value, std::string& /*expected*/) {
   value = text;
@@ -26,4 +26,14 @@ bool TakeText(const std::string& text, std::uint64_t most, std::uint64_t& value,
   return true;
 }
 
-}  // namespace tav::ctl
+bool SetTemplateByName(cMeterTemplate& meterTemplate, const std::string& name, const std::string& text,
+                       std::string& error) {
+  const std::size_t dot = name.find('.');
+  const std::string nested = dot == std::string::npos ? std::string() : name.substr(0, dot);
+  const std::string field = nested.empty() ? name : name.substr(dot + 1);
+  if (nested == kMeterConfig) return SetByName(meterTemplate.meterConfig, kMeterFields, field, text, error);
+  if (nested == kPushConfig) return SetByName(meterTemplate.pushConfig, kPushTargetFields, field, text, error);
+  return SetByName(meterTemplate, kTemplateFields, name, text, error);
+}
+
+}  // namespace tav::form

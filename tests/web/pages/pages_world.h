@@ -6,6 +6,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <array>
 #include <functional>
 #include <list>
 #include <map>
@@ -17,8 +18,10 @@
 #include <gateway/service/data/data_server.h>
 #include <gateway/tav_gateway/services.h>
 #include <gateway/web/pages/core/page_process.h>
+#include <tav/framework/helper.h>
 #include <tav/http/http_protocol.h>
 #include <tav/record/meter_record.h>
+#include <tav/service/db_ctrl_protocol.h>
 #include <tests/support/scm_world.h>
 
 namespace tav::pages {
@@ -35,7 +38,9 @@ struct cAnswer {
   std::string body;
   unsigned int outputs = 0;
 
-  unsigned int Status() const { return header.starts_with("Status: ") ? std::stoul(header.substr(8)) : 0; }
+  unsigned int Status() const {
+    return header.starts_with("Status: ") ? static_cast<unsigned int>(std::stoi(header.substr(8))) : 0;
+  }
   // Of the first line of that name; empty when there is none.
   std::string Header(const std::string& name) const {
     const std::size_t at = ("\r\n" + header).find("\r\n" + name + ": ");
@@ -77,8 +82,8 @@ class cPagesWorld : public testing::Test {
   void StartPages(std::shared_ptr<const vorn::cClock> clock = nullptr) {
     m_pages.reset();
     m_front->messages.clear();
-    m_pages = std::make_unique<cPageProcess>(
-        m_folder.GetPath(), cAccess::cOptions{m_folder.File("accounts.json"), 600}, std::move(clock));
+    m_pages = std::make_unique<cPageProcess>(m_folder.GetPath(), cAccess::cOptions{m_folder.File("accounts.json"), 600},
+                                             std::move(clock));
     std::string error;
     ASSERT_TRUE(m_pages->GetAccess().Load(error)) << error;
     ASSERT_TRUE(Await([this] {

@@ -2,6 +2,9 @@
 #include <gateway/web/pages/core/routes.h>
 
 #include <gateway/web/pages/access/login_page.h>
+#include <gateway/web/pages/api/api_pages.h>
+#include <gateway/web/pages/api/metrics_page.h>
+#include <gateway/web/pages/api/openapi.h>
 #include <gateway/web/pages/view/download_page.h>
 #include <gateway/web/pages/view/live_page.h>
 #include <gateway/web/pages/view/meter_page.h>
@@ -25,6 +28,13 @@ constexpr cRoute kRoutes[] = {
     {"/live",       "",       eRole::Viewer, eSender::None,   Make<cLivePage>,     true},
     {"/download",   "",       eRole::Viewer, eSender::None,   Make<cDownloadPage>, true},
     {"/api/series", "",       eRole::Viewer, eSender::None,   Make<cSeriesPage>,   true},
+    {"/api/meters", "",       eRole::Viewer, eSender::None,   Make<cMetersApi>,    true},
+    {"/api/last-values", "",  eRole::Viewer, eSender::None,   Make<cLastValuesApi>, true},
+    {"/api/values", "",       eRole::Viewer, eSender::None,   Make<cValuesApi>,    true},
+    {"/api/status", "",       eRole::Viewer, eSender::None,   Make<cStatusApi>,    true},
+    {"/api/rules",  "",       eRole::Viewer, eSender::None,   Make<cRulesApi>,     true},
+    {"/api/openapi.json", "", eRole::Viewer, eSender::None,   Make<cOpenApiPage>,  true},
+    {"/metrics",    "",       eRole::Viewer, eSender::None,   Make<cMetricsPage>,  true},
     {"/setup",      "",       eRole::Nobody, eSender::Anyone, Make<cSetupPage>},
     {"/login",      "",       eRole::Nobody, eSender::Anyone, Make<cLoginPage>},
     {"/logout",     "",       eRole::Viewer, eSender::Viewer, Make<cLogoutPage>},

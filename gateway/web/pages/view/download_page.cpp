@@ -28,7 +28,7 @@ bool ReadSelection(const cHttpRequest& query, cDbCtrlRequest& request, std::stri
 void cDownloadPage::Start() {
   cDbCtrlRequest request;
   std::string error;
-  m_export = MakeValueExport(Query("format"));
+  m_export = MakeValueExport(Format());
   if (m_export == nullptr) return ShowError(400, "format: expected csv or json");
   if (!ReadSelection(GetRequest(), request, error)) return ShowError(400, error);
   m_gathered = m_export->Begin();
@@ -45,7 +45,7 @@ void cDownloadPage::Start() {
 void cDownloadPage::Pass(Go go) {
   if (!m_begun) {
     m_begun = true;
-    AddHeader("Content-Disposition: attachment; filename=\"values." + Query("format") + "\"");
+    if (IsFile()) AddHeader("Content-Disposition: attachment; filename=\"values." + Format() + "\"");
     BeginAnswer(m_export->ContentType());
     ++m_waiting;
   }

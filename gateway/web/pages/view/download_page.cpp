@@ -22,7 +22,9 @@ bool ReadSelection(const cHttpRequest& query, cDbCtrlRequest& request, std::stri
     error = std::string(name) + ": " + error;
     return false;
   };
-  return read("from", request.m_fromUTC) && read("to", request.m_toUTC);
+  if (!read("from", request.m_fromUTC) || !read("to", request.m_toUTC)) return false;
+  if (request.m_fromUTC > request.m_toUTC) error = "from: the range begins behind its end";
+  return error.empty();
 }
 
 void cDownloadPage::Start() {

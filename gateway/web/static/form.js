@@ -1,11 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 // Forms that help while one fills them in.
 //
-//   <button data-confirm="Remove it?">        asks before the form is sent
-//   <input type="password">                   gets a button that shows what was typed
+//   <button data-confirm="Remove it?">
+//       asks before the form is sent
+//   <input type="password">
+//       gets a button that shows what was typed
 //   <textarea data-lint="/..." data-lint-into="ID">
-//                                             shows in the element ID what the gateway says of the text: the form's fields
-//                                             are posted there while one types, the answer is plain text
+//       the element ID shows what the gateway says of the text: the form's fields are posted there while one types, the
+//       answer is plain text
 "use strict";
 
 (() => {

@@ -1,13 +1,17 @@
 // SPDX-License-Identifier: Apache-2.0
 // Values that change while one looks.
 //
-//   <body data-live="/live">        where the events come from; without it nothing is done
-//   <span data-live="KEY">          shows the text of KEY; has the class "changed" for a moment
-//   <span data-live-when="KEY">     when it came
-//   <span data-live-state="KEY">    its state, which also becomes a class: ok, warn or bad
+//   <body data-live="/live">
+//       where the events come from; without it nothing is done
+//   <span data-live="KEY">
+//       shows the text of KEY; has the class "changed" for a moment
+//   <span data-live-when="KEY">
+//       when it came
+//   <span data-live-state="KEY">
+//       its state, which also becomes a class: ok, warn or bad
 //
-// Events "value" and "status" tell {"key": "...", "text": "...", "when": "...", "state": "..."}, of which all but the key
-// may be absent. The event "gone" says that values do not arrive for now, as does a broken connection.
+// Events "value" and "status" tell {"key": "...", "text": "...", "when": "...", "state": "..."}; all but the key may be
+// absent. The event "gone" says that values do not arrive for now, as does a broken connection.
 "use strict";
 
 (() => {
@@ -72,14 +76,21 @@
     }
   }
 
-  function take(event) {
-    let told;
+  // Null when it is no record.
+  function parse(text) {
     try {
-      told = JSON.parse(event.data);
+      const told = JSON.parse(text);
+      if (typeof told === "object" && told !== null) return told;
     } catch (error) {
-      console.error("live: no JSON: " + event.data);
-      return;
+      // told below
     }
+    console.error("live: no record: " + text);
+    return null;
+  }
+
+  function take(event) {
+    const told = parse(event.data);
+    if (told === null) return;
     setStale(false);
     show(texts.get(told.key), told.text, flash);
     show(whens.get(told.key), told.when);

@@ -2,13 +2,14 @@
 // Charts of stored values, drawn by Chart.js, which is loaded before.
 //
 //   <div class="chart"><canvas data-chart="/api/..." data-chart-summary="ID"></canvas></div>
-//                                   where the values come from; the element ID tells them in words
-//   <canvas ... data-chart-step>    values hold until the next one
+//       where the values come from; the element ID tells them in words
+//   <canvas ... data-chart-step>
+//       values hold until the next one
 //   <form class="range" data-chart-form="ID">
-//                                   of the canvas ID: its fields become parameters of the address, without a new page
+//       of the canvas ID: its fields become parameters of the address, without a new page
 //
-// The values: {"label": "...", "unit": "Wh", "points": [[seconds UTC, number or null], ...]}, in the order of time; null
-// is a gap. Times are shown as the reader's local time.
+// The values: {"label": "...", "unit": "Wh", "points": [[seconds UTC, number or null], ...]} in the order of time; null is
+// a gap. Times are shown as the reader's local time.
 "use strict";
 
 (() => {
@@ -16,8 +17,12 @@
   const HOUR = 60 * MINUTE;
   const DAY = 24 * HOUR;
   // Distances of the marks on the axis of time.
-  const STEPS = [1, 2, 5, 10, 15, 30, MINUTE, 2 * MINUTE, 5 * MINUTE, 10 * MINUTE, 15 * MINUTE, 30 * MINUTE, HOUR,
-                 2 * HOUR, 3 * HOUR, 6 * HOUR, 12 * HOUR, DAY, 2 * DAY, 3 * DAY, 7 * DAY, 14 * DAY, 30 * DAY, 90 * DAY, 365 * DAY];
+  const STEPS = [
+    ...[1, 2, 5, 10, 15, 30],
+    ...[1, 2, 5, 10, 15, 30].map((count) => count * MINUTE),
+    ...[1, 2, 3, 6, 12].map((count) => count * HOUR),
+    ...[1, 2, 3, 7, 14, 30, 90, 365].map((count) => count * DAY),
+  ];
   const MARK_PIXELS = 70;
   const FEWEST_MARKS = 3;
   const DOTS_UP_TO = 60;  // points that are shown one by one
@@ -112,7 +117,10 @@
         interaction: {mode: "nearest", axis: "x", intersect: false},
         scales: {
           x: timeScale(points),
-          y: {ticks: {callback: (value) => number.format(value)}, title: {display: Boolean(told.unit), text: told.unit}},
+          y: {
+            ticks: {callback: (value) => number.format(value)},
+            title: {display: Boolean(told.unit), text: told.unit},
+          },
         },
         plugins: {
           legend: {display: false},

@@ -1,19 +1,16 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <tests/support/browser/browser.h>
 
-#include <arpa/inet.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <sys/socket.h>
-#include <unistd.h>
 
 #include <filesystem>
 #include <fstream>
 #include <functional>
+#include <iterator>
 #include <memory>
-#include <thread>
-#include <utility>
-#include <vector>
+
+#include <tests/support/browser/tiny_server.h>
 
 using testing::Contains;
 using testing::ElementsAre;
@@ -21,62 +18,6 @@ using testing::HasSubstr;
 using testing::IsEmpty;
 
 namespace {
-
-// Answers every request alike, until it ends. A browser also opens connections that it then does not use, so each has a
-// thread of its own.
-class cTinyServer {
- public:
-  cTinyServer() : m_socket(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    socklen_t size = sizeof address;
-    EXPECT_EQ(bind(m_socket, reinterpret_cast<sockaddr*>(&address), size), 0);
-    EXPECT_EQ(getsockname(m_socket, reinterpret_cast<sockaddr*>(&address), &size), 0);
-    EXPECT_EQ(listen(m_socket, 16), 0);
-    m_host = "127.0.0.1:" + std::to_string(ntohs(address.sin_port));
-    m_thread = std::thread([this] { Accept(); });
-  }
-  ~cTinyServer() {
-    shutdown(m_socket, SHUT_RDWR);
-    m_thread.join();
-    for (auto& [peer, thread] : m_peers) {
-      shutdown(peer, SHUT_RDWR);
-      thread.join();
-      close(peer);
-    }
-    close(m_socket);
-  }
-  cTinyServer(const cTinyServer&) = delete;
-  cTinyServer& operator=(const cTinyServer&) = delete;
-
-  const std::string& GetHost() const { return m_host; }
-
- private:
-  void Accept() {
-    for (int peer; (peer = accept4(m_socket, nullptr, nullptr, SOCK_CLOEXEC)) >= 0;)
-      m_peers.emplace_back(peer, std::thread([peer] { Serve(peer); }));
-  }
-  static void Serve(int peer) {
-    const std::string answer =
-        "HTTP/1.1 404 Not Found\r\nContent-Type: text/html\r\nContent-Length: 11\r\nConnection: "
-        "close\r\n\r\n<p>nope</p>";
-    std::string request;
-    char bytes[4096];
-    for (ssize_t got; (got = recv(peer, bytes, sizeof bytes, 0)) > 0;) {
-      request.append(bytes, static_cast<std::size_t>(got));
-      if (request.find("\r\n\r\n") == std::string::npos) continue;
-      send(peer, answer.data(), answer.size(), MSG_NOSIGNAL);
-      shutdown(peer, SHUT_RDWR);
-      return;
-    }
-  }
-
-  int m_socket;
-  std::string m_host;
-  std::thread m_thread;
-  std::vector<std::pair<int, std::thread>> m_peers;  // of the accepting thread, until that has ended
-};
 
 class Browser : public testing::Test {
  protected:
@@ -178,7 +119,9 @@ TEST_F(Browser, ReportsErrorsOfTheConsole) {
 TEST_F(Browser, ReportsRequestsThatFail) {
   Show("<img src='absent.png' alt=''>");
   EXPECT_THAT(m_browser->FailedRequests(), ElementsAre(HasSubstr("absent.png: net::ERR_FILE_NOT_FOUND")));
-  const cTinyServer server;
+  const cTinyServer server([](const cTinyServer::cRequest&) {
+    return cTinyServer::cAnswer{404, "text/html", "<p>nope</p>"};
+  });
   m_browser->Open("http://" + server.GetHost() + "/there");
   EXPECT_EQ(m_browser->Text("p"), "nope");
   EXPECT_THAT(m_browser->FailedRequests(), Contains("http://" + server.GetHost() + "/there: 404"));

@@ -186,6 +186,8 @@ void cBrowser::SetMedia(const std::string& feature, const std::string& value) {
   m_driver.Cdp("Emulation.setEmulatedMedia", {{"features", m_media}});
 }
 
+void cBrowser::DisableScripts() { m_driver.Cdp("Emulation.setScriptExecutionDisabled", {{"value", true}}); }
+
 void cBrowser::SetDownloadFolder(const std::string& folder) {
   m_driver.Cdp("Browser.setDownloadBehavior", {{"behavior", "allow"}, {"downloadPath", folder}});
 }

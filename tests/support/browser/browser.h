@@ -76,6 +76,8 @@ class cBrowser {
   void SetWindow(unsigned int width, unsigned int height);
   // A media feature, such as "prefers-color-scheme" and "dark".
   void SetMedia(const std::string& feature, const std::string& value);
+  // Those of pages; what a test executes still is.
+  void DisableScripts();
   void SetDownloadFolder(const std::string& folder);
   // The whole page, as PNG.
   void Screenshot(const std::string& file);

@@ -119,11 +119,21 @@ TEST_F(GatewayInBrowser, EveryPageCanBeUsedWithoutEyesAndWithoutAMouse) {
   }
 }
 
-TEST_F(GatewayInBrowser, WorksWithoutScripts) {
+TEST_F(GatewayInBrowser, IsOfUseWithoutScripts) {
+  m_browser->DisableScripts();
   SetThePassword();
-  m_browser->Execute("document.body.removeAttribute('data-live')");
-  m_browser->DeleteCookies();
-  OpenPage("/");
+  m_browser->Await("the meter's card", [&] {
+    m_browser->Reload();
+    return m_browser->Exists(".card h2 a");
+  });
+  m_browser->Click(".card h2 a");
+  m_browser->AwaitText("h1", kMeter);
+  EXPECT_THAT(m_browser->Texts("td.num"), testing::Not(testing::IsEmpty()));
+  m_browser->Select("#obis", "1-0:16.7.0");
+  m_browser->Click("form.range button");
+  m_browser->AwaitUrl("obis=1-0%3A16.7.0");
+  EXPECT_THAT(m_browser->Text("noscript"), HasSubstr("The curve needs scripts"));
+  m_browser->Click("form.logout button");
   m_browser->AwaitText("h1", "Log in");
 }
 

@@ -9,7 +9,6 @@
 #include <fstream>
 #include <iterator>
 #include <sstream>
-#include <thread>
 #include <vector>
 
 using nlohmann::json;
@@ -17,7 +16,8 @@ using nlohmann::json;
 namespace {
 
 constexpr std::chrono::seconds kStartPatience{20};
-constexpr std::chrono::milliseconds kLook{20};
+constexpr unsigned int kLookMs = 20;
+constexpr int kMaxTries = 5;
 constexpr long kCommandSeconds = 60;
 
 // Its whole path; empty when there is none.
@@ -37,6 +37,14 @@ std::string ReadAll(const std::string& file) {
 std::size_t Collect(char* bytes, std::size_t size, std::size_t count, void* text) {
   static_cast<std::string*>(text)->append(bytes, size * count);
   return size * count;
+}
+
+// The driver chooses a free port and says which; empty when it has not yet.
+std::string PortOf(const std::string& said) {
+  const std::string before = "successfully on port ";
+  const std::size_t at = said.find(before);
+  const std::size_t end = at == std::string::npos ? at : said.find('.', at);
+  return end == std::string::npos ? std::string() : said.substr(at + before.size(), end - at - before.size());
 }
 
 json Arguments(const std::string& userData) {
@@ -74,30 +82,26 @@ std::string cWebDriver::WhyMissing() {
 
 cWebDriver::cWebDriver() {
   if (const std::string why = WhyMissing(); !why.empty()) throw cWebDriverError(why);
-  // What browser and driver write, they write into the folder.
-  const std::vector<std::string> environment = {"HOME=" + m_folder.GetPath(), "TMPDIR=" + m_folder.GetPath()};
-  m_process = std::make_unique<cChildProcess>(std::vector<std::string>{FindProgram("chromedriver"), "--port=0"},
-                                              environment, m_folder.File("driver"));
-  AwaitPort();
+  // It takes the port that one of the two loopback addresses gives it on the other as well, where it may be in use.
+  for (int tries = 0; m_address.empty() && tries < kMaxTries; ++tries) StartDriver();
+  if (m_address.empty())
+    throw cWebDriverError("the driver did not start; it said: " + ReadAll(m_folder.File("driver")));
   StartSession();
 }
 
 cWebDriver::~cWebDriver() { Stop(); }
 
-// The driver chooses a free port and says which.
-void cWebDriver::AwaitPort() {
-  const std::string before = "successfully on port ";
+// What browser and driver write, they write into the folder.
+void cWebDriver::StartDriver() {
+  const std::vector<std::string> environment = {"HOME=" + m_folder.GetPath(), "TMPDIR=" + m_folder.GetPath()};
+  m_process = std::make_unique<cChildProcess>(std::vector<std::string>{FindProgram("chromedriver"), "--port=0"},
+                                              environment, m_folder.File("driver"));
   const auto end = std::chrono::steady_clock::now() + kStartPatience;
-  for (;;) {
-    const std::string said = ReadAll(m_folder.File("driver"));
-    const std::size_t at = said.find(before);
-    const std::size_t stop = at == std::string::npos ? at : said.find('.', at);
-    if (stop != std::string::npos) {
-      m_address = "http://127.0.0.1:" + said.substr(at + before.size(), stop - at - before.size());
-      return;
-    }
-    if (std::chrono::steady_clock::now() > end) throw cWebDriverError("the driver did not start; it said: " + said);
-    std::this_thread::sleep_for(kLook);
+  while (std::chrono::steady_clock::now() < end) {
+    const bool hasEnded = m_process->Wait(kLookMs).has_value();
+    const std::string port = PortOf(ReadAll(m_folder.File("driver")));
+    if (!port.empty()) m_address = "http://127.0.0.1:" + port;
+    if (!port.empty() || hasEnded) return;
   }
 }
 

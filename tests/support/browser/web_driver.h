@@ -36,7 +36,7 @@ class cWebDriver {
   nlohmann::json Cdp(const std::string& command, const nlohmann::json& parameters);
 
  private:
-  void AwaitPort();
+  void StartDriver();
   void StartSession();
   void Stop();
   nlohmann::json Request(const char* method, const std::string& path, const nlohmann::json& body);

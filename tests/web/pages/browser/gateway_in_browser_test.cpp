@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // A person at a gateway: real processes, a simulated meter, a real browser.
+#include <map>
+
 #include <tests/web/pages/browser/gateway_world.h>
 
 namespace tav::pages {
@@ -152,6 +154,42 @@ TEST_F(GatewayInBrowser, SaysWhenThePagesAreAwayAndShowsThemAgain) {
   });
   LogIn();
   m_browser->AwaitText("h1", "Meters");
+}
+
+// The load is bounded: 20 connections for 4 seconds, and 100 requests one after the other, all to this machine.
+TEST_F(GatewayInBrowser, WithstandsALoadWithThePagesKilledInBetween) {
+  for (const char* program : {"wrk", "curl"})
+    if (std::system(("command -v " + std::string(program) + " >/dev/null").c_str()) != 0)
+      GTEST_SKIP() << program << " is not installed";
+  SetThePassword();
+  const auto load =
+      Start({"/bin/sh", "-c", "exec wrk -t1 -c20 -d4s " + m_base + "/login >" + m_folder.File("wrk.out")}, "wrk.said");
+  const auto requests = Start({"/bin/sh", "-c",
+                               "for i in $(seq 100); do curl -s -o /dev/null -m 20 -w '%{http_code}\\n' " + m_base +
+                                   "/login; done >" + m_folder.File("curl.out")},
+                              "curl.said");
+  for (int i = 0; i < 5; ++i) {
+    OpenPage("/");
+    m_browser->AwaitText("h1", "Meters");
+  }
+  m_pages->Signal(SIGKILL);
+  m_pages->Wait();
+  StartPages();
+  m_browser->Await("the login", [&] {
+    OpenPage("/");
+    return m_browser->Exists("#password");
+  });
+  LogIn();
+  m_browser->AwaitText("h1", "Meters");
+  EXPECT_EQ(load->Wait(60'000), 0) << Load("wrk.said");
+  EXPECT_EQ(requests->Wait(60'000), 0) << Load("curl.said");
+  EXPECT_THAT(Load("wrk.out"), HasSubstr("Requests/sec"));
+  std::map<std::string, unsigned int> answers;
+  std::ifstream codes(m_folder.File("curl.out"));
+  for (std::string code; std::getline(codes, code);) ++answers[code];
+  EXPECT_GT(answers["200"], 0u);
+  for (const auto& [code, count] : answers)
+    EXPECT_THAT(code, testing::AnyOf("200", "502", "503")) << "each request is answered: " << count;
 }
 
 }  // namespace

@@ -1,11 +1,23 @@
 // SPDX-License-Identifier: Apache-2.0
-// The columns of a value of a meter, as last, values and watch show them.
+// The columns of meters that have been read, and of their values.
 #pragma once
 
 #include <gateway/form/columns.h>
 #include <tav/service/db_ctrl_protocol.h>
 
 namespace tav::form {
+
+inline constexpr cColumn kReadMeterColumns[] = {
+    {db_ctrl::kMeterId, "METER"},
+    {db_ctrl::kMedium, "MEDIUM", eForm::Medium},
+    {db_ctrl::kManufactor, "MAKER"},
+    {db_ctrl::kAddr, "ADDRESS"},
+    {db_ctrl::kDriver, "DRIVER"},
+    {"interface-name", "INTERFACE"},
+    {"values", "VALUES", eForm::Number},
+    {"first-timestamp", "FIRST", eForm::Time},
+    {db_ctrl::kTimestamp, "LAST", eForm::Time},
+};
 
 inline constexpr cColumn kLastValueColumns[] = {
     {db_ctrl::kMeterId, "METER"},

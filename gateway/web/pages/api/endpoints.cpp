@@ -12,18 +12,6 @@ namespace {
 using form::cColumn;
 using form::eForm;
 
-constexpr cColumn kMeterColumns[] = {
-    {db_ctrl::kMeterId, "METER"},
-    {db_ctrl::kMedium, "MEDIUM"},
-    {db_ctrl::kManufactor, "MAKER"},
-    {db_ctrl::kAddr, "ADDRESS"},
-    {db_ctrl::kDriver, "DRIVER"},
-    {"interface-name", "INTERFACE"},
-    {"values", "VALUES", eForm::Number},
-    {"first-timestamp", "FIRST", eForm::Time},
-    {db_ctrl::kTimestamp, "LAST", eForm::Time},
-};
-
 constexpr cColumn kStatusColumns[] = {
     {status::kName, "NAME"},
     {status::kValue, "VALUE"},
@@ -50,7 +38,7 @@ constexpr cApiParameter kStatusParameters[] = {
 
 }  // namespace
 
-const cEndpoint kMetersEndpoint{"/api/meters", "The meters that have been read", {}, kMeterColumns};
+const cEndpoint kMetersEndpoint{"/api/meters", "The meters that have been read", {}, form::kReadMeterColumns};
 const cEndpoint kLastValuesEndpoint{"/api/last-values", "The last value of each meter and OBIS identifier",
                                     kMeterParameter, form::kExportColumns};
 const cEndpoint kValuesEndpoint{"/api/values", "Stored values of a meter, ascending in time", kValuesParameters,

@@ -2,6 +2,12 @@
 #include <gateway/web/pages/core/routes.h>
 
 #include <gateway/web/pages/access/login_page.h>
+#include <gateway/web/pages/config/collector_page.h>
+#include <gateway/web/pages/config/interface_page.h>
+#include <gateway/web/pages/config/list_pages.h>
+#include <gateway/web/pages/config/meter_config_page.h>
+#include <gateway/web/pages/config/push_target_page.h>
+#include <gateway/web/pages/config/template_page.h>
 #include <gateway/web/pages/view/download_page.h>
 #include <gateway/web/pages/view/live_page.h>
 #include <gateway/web/pages/view/meter_page.h>
@@ -25,6 +31,15 @@ constexpr cRoute kRoutes[] = {
     {"/live",       "",       eRole::Viewer, eSender::None,   Make<cLivePage>,     true},
     {"/download",   "",       eRole::Viewer, eSender::None,   Make<cDownloadPage>, true},
     {"/api/series", "",       eRole::Viewer, eSender::None,   Make<cSeriesPage>,   true},
+    {"/interfaces",    "Interfaces",     eRole::Viewer, eSender::None,  Make<cInterfacesPage>},
+    {"/interface",     "",               eRole::Viewer, eSender::Admin, Make<cInterfacePage>},
+    {"/meter-configs", "Meter settings", eRole::Viewer, eSender::None,  Make<cMeterConfigsPage>},
+    {"/meter-config",  "",               eRole::Viewer, eSender::Admin, Make<cMeterConfigPage>},
+    {"/collector",     "",               eRole::Viewer, eSender::Admin, Make<cCollectorPage>},
+    {"/push-targets",  "Push targets",   eRole::Viewer, eSender::None,  Make<cPushTargetsPage>},
+    {"/push-target",   "",               eRole::Viewer, eSender::Admin, Make<cPushTargetPage>},
+    {"/templates",     "Templates",      eRole::Viewer, eSender::None,  Make<cTemplatesPage>},
+    {"/template",      "",               eRole::Viewer, eSender::Admin, Make<cTemplatePage>},
     {"/setup",      "",       eRole::Nobody, eSender::Anyone, Make<cSetupPage>},
     {"/login",      "",       eRole::Nobody, eSender::Anyone, Make<cLoginPage>},
     {"/logout",     "",       eRole::Viewer, eSender::Viewer, Make<cLogoutPage>},

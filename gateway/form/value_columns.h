@@ -29,4 +29,10 @@ inline constexpr cColumn kProfileColumns[] = {
     {"value-timestamp", "TIME", eForm::Time},     {"time-source", "TIME FROM"},
 };
 
+// As files to take away and as programs get them: values of several meters, as stored or as logged.
+inline constexpr cColumn kExportColumns[] = {
+    {db_ctrl::kMeterId, "METER"}, {db_ctrl::kTimestamp, "TIME", eForm::Time}, {"time-source", "TIME FROM"},
+    {db_ctrl::kObisId, "OBIS"},   {db_ctrl::kValue, "VALUE", eForm::Number},  {"unit", "", eForm::Unit},
+};
+
 }  // namespace tav::form

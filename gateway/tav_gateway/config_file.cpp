@@ -67,6 +67,36 @@ std::string TakeRelayLine(const toml::node& value, cOptions& options) {
   return {};
 }
 
+template <auto Field>
+std::string TakeWebText(const toml::node& value, cOptions& options) {
+  const auto text = value.value_exact<std::string>();
+  if (!text || text->empty()) return Expected("a text");
+  options.web.*Field = *text;
+  return {};
+}
+
+std::string TakeWebListen(const toml::node& value, cOptions& options) {
+  web::cWebOptions asked;
+  asked.listen = value.value_exact<std::string>().value_or("");
+  if (std::string fault = asked.Check(); !fault.empty()) return fault;
+  options.web.listen = asked.listen;
+  return {};
+}
+
+std::string TakeWebEnabled(const toml::node& value, cOptions& options) {
+  const auto enabled = value.value_exact<bool>();
+  if (!enabled) return Expected("true or false");
+  options.isWebLeft = !*enabled;
+  return {};
+}
+
+std::string TakeWebMaxBody(const toml::node& value, cOptions& options) {
+  const auto megabytes = value.value_exact<std::int64_t>();
+  if (!megabytes || *megabytes < 1 || *megabytes > 1024) return Expected("1 to 1024 megabytes");
+  options.web.maxBodyBytes = static_cast<std::uint64_t>(*megabytes) << 20;
+  return {};
+}
+
 struct cKnownKey {
   const char* section;
   const char* key;
@@ -87,6 +117,12 @@ constexpr cKnownKey kKnownKeys[] = {
     {"ui", "leds", TakeDeviceText<&cOptions::ui, &cUiOptions::leds>},
     {"ui", "relay-chip", TakeDeviceText<&cOptions::ui, &cUiOptions::relayChip>},
     {"ui", "relay-line", TakeRelayLine},
+    {"web", "certificate", TakeWebText<&web::cWebOptions::certificate>},
+    {"web", "enabled", TakeWebEnabled},
+    {"web", "key", TakeWebText<&web::cWebOptions::key>},
+    {"web", "listen", TakeWebListen},
+    {"web", "max-body-megabytes", TakeWebMaxBody},
+    {"web", "static", TakeWebText<&web::cWebOptions::staticDirectory>},
 };
 
 std::string At(const std::string& file, const toml::source_region& source) {

@@ -23,7 +23,7 @@ constexpr mode_t kPrivate = 027;
 void Complain(const std::string& text) { std::fprintf(stderr, "tav-gateway: %s\n", text.c_str()); }
 
 void SetTraceLevel(int level) {
-  for (const char* name : {"UnitTAV", "UnitVORN", "UnitGateway", "UnitData", "UnitObis", "UnitStatus"})
+  for (const char* name : {"UnitTAV", "UnitVORN", "UnitGateway", "UnitData", "UnitObis", "UnitStatus", "UnitWeb"})
     vorn::cUnit::Find(name)->SetLevel(level);
 }
 
@@ -63,12 +63,17 @@ eExitCode cGatewayProcess::Start() {
   if (!MakeDirectories()) return eExitStorage;
   m_publisher = std::make_unique<cStatusPublisher>(m_host.get());
   for (const cServiceKind& kind : GetServiceKinds()) {
-    if (!m_options.service.empty() && m_options.service != kind.name) continue;
+    if (!IsWanted(kind.name)) continue;
     if (const eExitCode code = Start(kind); code != eExitDone) return code;
   }
   m_publish = std::make_unique<cTask>(m_host.get(), [this] { Publish(); });
   m_publish->Post();
   return eExitDone;
+}
+
+bool cGatewayProcess::IsWanted(const std::string& service) const {
+  if (m_options.service.empty()) return service != kWebService || !m_options.isWebLeft;
+  return m_options.service == service;
 }
 
 eExitCode cGatewayProcess::Start(const cServiceKind& kind) {

@@ -27,6 +27,7 @@ class cGatewayProcess {
  private:
   eExitCode Start();
   eExitCode Start(const cServiceKind& kind);
+  bool IsWanted(const std::string& service) const;
   bool MakeDirectories();
   void Publish();
 

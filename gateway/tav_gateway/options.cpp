@@ -28,6 +28,11 @@ struct cArguments {
   std::string config;
   std::string durability;
   int trace = -1;
+  bool noWeb = false;
+  std::string webListen;
+  std::string webCertificate;
+  std::string webKey;
+  std::string webStatic;
 };
 
 void AddOptions(CLI::App& command, cArguments& arguments) {
@@ -42,10 +47,38 @@ void AddOptions(CLI::App& command, cArguments& arguments) {
       ->check(CLI::Range(0, kMaxTrace));
 }
 
+void AddWebOptions(CLI::App& command, cArguments& arguments) {
+  command.add_flag("--no-web", arguments.noWeb, "Leave the web front end out");
+  command.add_option("--web-listen", arguments.webListen,
+                     "Where web pages are served, ADDRESS:PORT or [ADDRESS]:PORT; port 0: any free one");
+  command.add_option("--web-cert", arguments.webCertificate, "Certificate (PEM): web pages are served encrypted");
+  command.add_option("--web-key", arguments.webKey, "Key of the certificate (PEM)");
+  command.add_option("--web-static", arguments.webStatic, "Directory of the files below /static/");
+}
+
+void AddAllOptions(CLI::App& command, cArguments& arguments) {
+  AddOptions(command, arguments);
+  AddWebOptions(command, arguments);
+}
+
 std::string FindConfig(const cArguments& arguments) {
   if (!arguments.config.empty()) return arguments.config;
   const std::string usual = arguments.dir.empty() ? kSystemConfig : (fs::path(arguments.dir) / kConfigName).string();
   return access(usual.c_str(), F_OK) == 0 ? usual : "";
+}
+
+// Takes what the command line says of the web front end; an error, or empty.
+std::string CompleteWeb(const cArguments& arguments, cOptions& options) {
+  const auto take = [](const std::string& said, std::string& option) {
+    if (!said.empty()) option = said;
+  };
+  options.isWebLeft |= arguments.noWeb;
+  take(arguments.webListen, options.web.listen);
+  take(arguments.webCertificate, options.web.certificate);
+  take(arguments.webKey, options.web.key);
+  take(arguments.webStatic, options.web.staticDirectory);
+  const std::string fault = options.web.Check();
+  return fault.empty() ? fault : "web front end: " + fault;
 }
 
 cParsedOptions Complete(const cArguments& arguments, const std::string& service) {
@@ -58,6 +91,8 @@ cParsedOptions Complete(const cArguments& arguments, const std::string& service)
   if (!arguments.dir.empty()) options.dir = arguments.dir;
   if (const auto durability = ReadDurability(arguments.durability)) options.durability = *durability;
   if (arguments.trace >= 0) options.trace = arguments.trace;
+  if (const std::string error = CompleteWeb(arguments, options); !error.empty())
+    return {std::nullopt, eExitUsage, error};
   return {options, eExitDone, {}};
 }
 
@@ -79,9 +114,9 @@ cParsedOptions ParseOptions(int argc, const char* const* argv) {
   CLI::App app("The reference gateway: services for meter drivers, pages and tools.", "tav-gateway");
   cArguments arguments;
   app.require_subcommand(1);
-  AddOptions(*app.add_subcommand(kAll, "Run all services in this process"), arguments);
+  AddAllOptions(*app.add_subcommand(kAll, "Run all services in this process"), arguments);
   for (const cServiceKind& kind : GetServiceKinds())
-    AddOptions(*app.add_subcommand(kind.name, std::string("Run ") + kind.help + " alone"), arguments);
+    AddAllOptions(*app.add_subcommand(kind.name, std::string("Run ") + kind.help + " alone"), arguments);
   try {
     app.parse(argc, argv);
     const std::string command = app.get_subcommands().front()->get_name();

@@ -11,6 +11,7 @@
 #include <gateway/service/device/gsm_server.h>
 #include <gateway/service/device/time_server.h>
 #include <gateway/service/device/ui_server.h>
+#include <gateway/web/front/web_options.h>
 
 namespace tav::gateway {
 
@@ -26,7 +27,9 @@ struct cOptions {
   cUiOptions ui;
   cTimeOptions time;
   cGsmOptions gsm;
-  int trace = 4;  // level of all trace units
+  bool isWebLeft = false;  // out of all services
+  web::cWebOptions web;    // what is empty there is found when the service is made
+  int trace = 4;           // level of all trace units
 
   // Where sockets and database stand.
   std::string GetSocketDirectory() const;  // empty: the framework's default

@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <gateway/tav_gateway/services.h>
 
+#include <cstdio>
+#include <filesystem>
+
 #include <gateway/rules/default_rules.h>
 #include <gateway/service/data/data_server.h>
 #include <gateway/service/device/gsm_server.h>
@@ -8,6 +11,7 @@
 #include <gateway/service/device/ui_server.h>
 #include <gateway/service/obis/obis_server.h>
 #include <gateway/service/status/status_server.h>
+#include <gateway/web/front/web_front.h>
 
 namespace tav::gateway {
 
@@ -144,6 +148,39 @@ class cHostedDevice final : public cHostedService {
   Server m_server;
 };
 
+// What clients send lies beside the database: the sockets' directory is often in memory.
+web::cWebOptions WebOptions(const cOptions& options) {
+  web::cWebOptions made = options.web;
+  made.tempDirectory = (std::filesystem::path(options.GetDataFile()).parent_path() / "web-tmp").string();
+  if (made.staticDirectory.empty()) made.staticDirectory = web::FindStaticDirectory();
+  if (made.chart.empty()) made.chart = web::FindChart();
+  return made;
+}
+
+class cHostedWeb final : public cHostedService {
+ public:
+  cHostedWeb(cServiceHost* host, const cOptions& options) : m_front(host, WebOptions(options)) {}
+
+  eExitCode Start(std::string& error) override {
+    switch (m_front.Start(error)) {
+      case web::cWebFront::eOutcome::Serving:
+        std::fprintf(stderr, "web pages at %s\n", m_front.GetUrl().c_str());
+        return eExitDone;
+      case web::cWebFront::eOutcome::BadOption:
+        return eExitUsage;
+      case web::cWebFront::eOutcome::NoStorage:
+        return eExitStorage;
+      case web::cWebFront::eOutcome::NoSocket:
+        break;
+    }
+    return eExitSocket;
+  }
+  void Collect(cStatusValues& values) const override { m_front.Collect(values); }
+
+ private:
+  web::cWebFront m_front;
+};
+
 template <typename Service>
 std::unique_ptr<cHostedService> Make(cServiceHost* host, const cOptions& options) {
   return std::make_unique<Service>(host, options);
@@ -156,6 +193,7 @@ constexpr cServiceKind kKinds[] = {
     {"ui", "the service of lights and relay", Make<cHostedDevice<cUiServer, &cOptions::ui>>},
     {"time-service", "the time service", Make<cHostedDevice<cTimeServer, &cOptions::time>>},
     {"gsm", "the service of the mobile modem", Make<cHostedDevice<cGsmServer, &cOptions::gsm>>},
+    {kWebService, "the web front end", Make<cHostedWeb>},
 };
 
 }  // namespace

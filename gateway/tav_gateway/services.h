@@ -31,6 +31,9 @@ struct cServiceKind {
   std::unique_ptr<cHostedService> (*make)(cServiceHost* host, const cOptions& options);
 };
 
+// The one that can be left out of all.
+constexpr const char* kWebService = "web";
+
 // In the order in which they are started.
 std::span<const cServiceKind> GetServiceKinds();
 

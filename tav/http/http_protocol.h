@@ -71,6 +71,7 @@ enum eTimeout : unsigned int {
 inline constexpr cProtocolMessage kMessages[] = {
   {eRegister, "register", eToService, {{kPrefix, eRepeated}, {kFlow, eOptional}}, eRegistered, eRegisterFailed, "serve the requests to these paths, until the channel closes"},
   {eRequest,  "request",  eToClient,  {{kServerPort}, {kTechnologyName}, {kContentType, eOptional}, {kContentLength, eOptional}, {kServerProtocol}, {kQueryString, eOptional}, {kCookies, eOptional}, {kPostData, eOptional}, {kPostFiles, eOptional}, {kPostContent, eOptional}, {kRequestMethod}, {kRequestScheme}, {kPathInfo}, {kRemoteAddr}, {kHeaders, eOptional}}, eRequestTaken, eRequestRefused, "a request of a client, to be answered with outputs"},
+  {eRequestTaken, "request-taken", eToService, {}, 0, 0, "the page process has started on the request"},
   {eRequestRefused, "request-refused", eToService, {{kReason}}, 0, 0, "the page process does not take the request"},
   {eOutput,   "output",   eToService, {{kTechnologyName, eOptional}, {kIdx, eOptional}, {kFinish}, {kSuccess, eOptional}, {kContent, eOptional}}, eOutputPassed, eOutputLost, "the next piece of the answer, or its end; answered only where the registration asked for it"},
   {eOutputLost, "output-lost", eToClient, {{kReason}}, 0, 0, "nobody waits for the answer any more; further outputs of this request are dropped"},

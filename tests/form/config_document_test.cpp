@@ -135,6 +135,9 @@ TEST(ConfigDocument, SaysWhereATextIsNoDocument) {
   EXPECT_THAT(FaultsOf("[[interfaces]\nname = 1"), ElementsAre(HasSubstr("document: line 1, column ")));
   EXPECT_THAT(FaultsOf("{\"meters\": [}"), ElementsAre(HasSubstr("document: parse error at line 1, column 13")));
   EXPECT_THAT(FaultsOf("{\"a\": 1} x"), ElementsAre(HasSubstr("document: ")));
+  EXPECT_THAT(FaultsOf("{\"meters\": " + std::string(100, '[') + std::string(100, ']') + "}"),
+              ElementsAre("document: nested deeper than 32"));
+  EXPECT_THAT(FaultsOf("a = " + std::string(100'000, '[')), ElementsAre(HasSubstr("document: line 1, column ")));
   EXPECT_THAT(FaultsOf("a = 1.5\nb = 1979-05-27T07:32:00Z\nc = [1, {}]\n"), testing::SizeIs(3));
 }
 

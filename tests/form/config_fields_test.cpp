@@ -7,15 +7,23 @@ namespace tav::form {
 namespace {
 
 TEST(ConfigFields, AreSetByNameFromTheirText) {
+  const struct {
+    const char* name;
+    const char* text;
+  } cases[] = {{"addr", "lp"},
+               {"activation", "true"},
+               {"countRP", "4294967295"},
+               {"push-target-idx", "18446744073709551615"},
+               {"push-random-offset", "65535"},
+               {"push-random-offset", "0"}};
   cCollectorConfig collector;
-  std::string error;
-  EXPECT_TRUE(SetByName(collector, kCollectorFields, "addr", "lp", error));
-  EXPECT_TRUE(SetByName(collector, kCollectorFields, "activation", "true", error));
-  EXPECT_TRUE(SetByName(collector, kCollectorFields, "push-random-offset", "65535", error));
-  EXPECT_EQ(collector.addr, "lp");
-  EXPECT_TRUE(collector.activation);
-  EXPECT_EQ(FieldText(collector, *FindField(kCollectorFields, "push-random-offset")), "65535");
-  EXPECT_EQ(FieldText(collector, *FindField(kCollectorFields, "activation")), "true");
+  for (const auto& [name, text] : cases) {
+    std::string error;
+    EXPECT_TRUE(SetByName(collector, kCollectorFields, name, text, error)) << error;
+    EXPECT_EQ(FieldText(collector, *FindField(kCollectorFields, name)), text);
+  }
+  EXPECT_EQ(collector.countRP, 4294967295u);
+  EXPECT_EQ(collector.pushTargetIdx, 18446744073709551615ull);
 }
 
 TEST(ConfigFields, SayWhatIsWrongWithATextAndKeepTheirValue) {
@@ -24,24 +32,25 @@ TEST(ConfigFields, SayWhatIsWrongWithATextAndKeepTheirValue) {
     const char* text;
     const char* error;
   } cases[] = {
-      {"idy", "1",
-       "there is no field 'idy'; there are idx, name, enabled, protocoll, host, uri, username, password, "
-       "collect, maxruntime, log-enabled, post-enabled"},
-      {"idx", "-1", "idx: expected a whole number from 0 to 18446744073709551615, found \"-1\""},
-      {"idx", "18446744073709551616",
-       "idx: expected a whole number from 0 to 18446744073709551615, found "
-       "\"18446744073709551616\""},
-      {"collect", "", "collect: expected a whole number from 0 to 4294967295, found \"\""},
-      {"enabled", "yes", "enabled: expected true or false, found \"yes\""},
+      {"color", "red",
+       "there is no field 'color'; there are addr, activation, event-type, obis-ids, countRP, distanceRP, "
+       "push-target-idx, push-target-name, push-period, push-enabled, push-raw-enabled, push-random-offset"},
+      {"activation", "yes", "activation: expected true or false, found \"yes\""},
+      {"countRP", "", "countRP: expected a whole number from 0 to 4294967295, found \"\""},
+      {"countRP", "-1", "countRP: expected a whole number from 0 to 4294967295, found \"-1\""},
+      {"countRP", "4294967296", "countRP: expected a whole number from 0 to 4294967295, found \"4294967296\""},
+      {"push-target-idx", "18446744073709551616",
+       "push-target-idx: expected a whole number from 0 to 18446744073709551615, found \"18446744073709551616\""},
+      {"push-random-offset", "65536", "push-random-offset: expected a whole number from 0 to 65535, found \"65536\""},
   };
-  cPushTarget target;
-  const vorn::cRecord before = target.ToRecord();
+  cCollectorConfig collector;
+  const vorn::cRecord before = collector.ToRecord();
   for (const auto& [name, text, expected] : cases) {
     std::string error;
-    EXPECT_FALSE(SetByName(target, kPushTargetFields, name, text, error));
+    EXPECT_FALSE(SetByName(collector, kCollectorFields, name, text, error));
     EXPECT_EQ(error, expected);
   }
-  EXPECT_EQ(target.ToRecord(), before);
+  EXPECT_EQ(collector.ToRecord(), before);
 }
 
 TEST(ConfigFields, OfATemplateReachIntoItsMeterAndPushTarget) {

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // A gateway process in small: a database control service that keeps one reading in memory, and a driver that hands it
-// one, both on one loop over a real socket; clients of services that are away. Prints the reading; the exit status says
-// whether it arrived.
+// one, both on one loop over a real socket; clients of services that are away, and a page. Prints the reading; the exit
+// status says whether it arrived.
 #include <cstdio>
 #include <string>
 
@@ -51,6 +51,33 @@ bool UseAbsentServices(vorn::cScmService& process) {
          status.ToString() == "stranger.value=Energy";
 }
 
+// A page in a session, of a front end that is away: what it says goes nowhere, messages come to it all the same.
+class cGreeting : public tav::cHttpPage {
+ public:
+  using cHttpPage::cHttpPage;
+  bool Process(tav::cHttpRequest& request) override { return HttpOutput(0, request.GetFromQueryString("name")); }
+  bool OnMessage(vorn::cMsg&) override { return ++m_messages < 2; }
+
+ private:
+  int m_messages = 0;
+};
+
+bool ServeAPage(vorn::cScmService& process) {
+  tav::cHttpIO web(&process, "web", nullptr);
+  vorn::cUuid sid;
+  sid.Create();
+  tav::cHttpSession session(sid, &process, 600);
+  tav::HttpSessions.Set(sid, &session);
+  cGreeting page(&process);
+  tav::cHttpRequest request;
+  session.Run(request, &page);
+  vorn::cMsg msg(tav::http::ePageTimeout);
+  msg.SetId(sid);
+  const bool more = tav::httpDisptachBySID(msg) && !tav::httpDisptachBySID(msg);
+  tav::HttpSessions.Remove(sid);
+  return more && session.GetPage() == nullptr && !web.HoldsRegistration();
+}
+
 }  // namespace
 
 int main(int, char** argv) {
@@ -62,6 +89,10 @@ int main(int, char** argv) {
   }
   if (!UseAbsentServices(process)) {
     std::fprintf(stderr, "a client without its service went wrong\n");
+    return 1;
+  }
+  if (!ServeAPage(process)) {
+    std::fprintf(stderr, "a page without its front end went wrong\n");
     return 1;
   }
   tav::cDbCtrlIO db(&process, "stranger");

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <gateway/web/pages/core/data_page.h>
 
+#include <utility>
+
 #include <gateway/web/pages/core/gateway_clients.h>
 #include <tav/service/db_ctrl_protocol.h>
 
@@ -35,6 +37,23 @@ void cDataPage::ReadMeterStatus(cDbCtrlRequest request, OnRow onRow, Done done) 
         });
 }
 
+void cDataPage::ReadList(unsigned int request, OnRow onRow, Done done) {
+  m_onRow = std::move(onRow);
+  m_done = std::move(done);
+  AskForList(request, {});
+}
+
+void cDataPage::AskForList(unsigned int request, const vorn::cRecord& record) {
+  Ask(Gateway().data, db_ctrl::kProtocol, request, record, [this, request](const vorn::cRecord& answer) {
+    TakeRows(answer, db_ctrl::kRow);
+    const vorn::cRecordPar next = answer.GetPar(db_ctrl::kNext);
+    if (!next.IsValid()) return std::exchange(m_done, {})();
+    vorn::cRecord further;
+    further.AppendDataPar(db_ctrl::kAfter, next.GetData());
+    AskForList(request, further);
+  });
+}
+
 void cDataPage::ReadStoredValues(cDbCtrlRequest request, OnRow onRow, std::function<void(Go)> pause, Done done) {
   m_onRow = std::move(onRow);
   m_done = std::move(done);
@@ -48,8 +67,7 @@ void cDataPage::ReadStoredValues(cDbCtrlRequest request, OnRow onRow, std::funct
 // Without a handle everything has been told.
 void cDataPage::Fetch(const std::function<void(Go)>& pause) {
   if (!m_handle.IsValid()) {
-    const Done done = std::move(m_done);
-    return done();
+    return std::exchange(m_done, {})();
   }
   Await(db_ctrl::kProtocol, db_ctrl::eFetchStoredValues, Gateway().data.FetchStoredValues(Id(), m_handle, kPageRows),
         [this, pause](const vorn::cRecord& answer) {

@@ -24,6 +24,8 @@ class cDataPage : public cWebPage {
   // All rows of each kind; a refusal ends the page.
   void ReadLastValues(cDbCtrlRequest request, OnRow onRow, Done done);
   void ReadMeterStatus(cDbCtrlRequest request, OnRow onRow, Done done);
+  // A list of the protocol, whose answers tell where the next one goes on.
+  void ReadList(unsigned int request, OnRow onRow, Done done);
   // The values as they were stored, or as a profile has them. Each time a lot of rows has been told, pause is asked
   // how to go on: it keeps the function and calls it when there is room for more.
   using Go = std::function<void()>;
@@ -34,6 +36,7 @@ class cDataPage : public cWebPage {
 
  private:
   void TakeRows(const vorn::cRecord& answer, std::string_view key);
+  void AskForList(unsigned int request, const vorn::cRecord& record);
   void Fetch(const std::function<void(Go)>& pause);
 
   OnRow m_onRow;

@@ -41,7 +41,16 @@ cPageProcess::cPageProcess(const std::string& directory, const cAccess::cOptions
       m_access(this, options, [this](const vorn::cUuid& sid) { EndLogin(sid); }),
       m_live(this, m_gateway),
       m_gate(this, m_gateway, m_access, m_live),
-      m_frontEnd(this) {}
+      m_frontEnd(this),
+      m_publisher(this),
+      m_publish(this, [this] { Publish(); }) {
+  m_publisher.AddSource("pages", [this](gateway::cStatusValues& values) {
+    values.Set("requests", std::to_string(m_requests));
+    values.Set("requests-refused", std::to_string(m_refused));
+    values.Set("logins", std::to_string(m_access.logins.Count()));
+  });
+  m_publish.Start(0);
+}
 
 cPageProcess::~cPageProcess() {
   for (const auto& [sid, run] : m_runs) HttpSessions.Remove(sid);
@@ -77,7 +86,9 @@ bool cPageProcess::Dispatch(const vorn::cMsg& msg) {
 
 void cPageProcess::StartRun(vorn::cMsg& msg) {
   cHttpRequest request(msg);
+  ++m_requests;
   if (m_runs.size() >= kMaxRuns) {
+    ++m_refused;
     vorn::cMsg refusal(http::eRequestRefused);
     refusal.SetId(msg.GetId());
     refusal.Record().AppendTextPar(http::kReason, "too many requests at a time");
@@ -105,6 +116,11 @@ void cPageProcess::GiveBack(const vorn::cMsg& msg) {
 void cPageProcess::EndLogin(const vorn::cUuid& sid) {
   for (const auto& [own, run] : m_runs)
     if (run.page->GetVisitor().sid == sid) run.page->EndWithLogin();
+}
+
+void cPageProcess::Publish() {
+  m_publisher.Publish();
+  m_publish.Start(gateway::cStatusPublisher::kIntervalMs, gateway::cStatusPublisher::kSlackMs);
 }
 
 void cPageProcess::Sweep() {

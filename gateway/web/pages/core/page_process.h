@@ -8,6 +8,8 @@
 #include <string>
 
 #include <gateway/host/service_host.h>
+#include <gateway/host/status_publisher.h>
+#include <gateway/host/task.h>
 #include <gateway/web/pages/access/access.h>
 #include <gateway/web/pages/access/gate.h>
 #include <gateway/web/pages/core/gateway_clients.h>
@@ -53,6 +55,7 @@ class cPageProcess : public gateway::cServiceHost {
   void GiveBack(const vorn::cMsg& msg);
   void EndLogin(const vorn::cUuid& sid);
   void Sweep();
+  void Publish();
 
   cGatewayClients m_gateway;
   cAccess m_access;
@@ -60,6 +63,10 @@ class cPageProcess : public gateway::cServiceHost {
   cGate m_gate;
   cFrontEnd m_frontEnd;
   std::map<vorn::cUuid, cRun> m_runs;  // by the identifier of the session
+  std::uint64_t m_requests = 0;
+  std::uint64_t m_refused = 0;
+  gateway::cStatusPublisher m_publisher;
+  gateway::cTask m_publish;
 };
 
 }  // namespace tav::pages

@@ -11,6 +11,7 @@ namespace tav::pages {
 namespace {
 
 constexpr const char* kReason = "reason";
+constexpr std::size_t kPiece = 256 * 1024;
 
 }  // namespace
 
@@ -101,6 +102,13 @@ std::string cWebPage::RemoteAddress() const { return GetRequest().GetRecord().Ge
 
 // ---- the answer
 
+// A long text goes in pieces, each well below what one message takes.
+bool cWebPage::Put(const std::string& text) {
+  for (std::size_t at = 0; at < text.size(); at += kPiece)
+    if (!HttpOutput(m_outputs++, text.substr(at, kPiece))) return false;
+  return true;
+}
+
 void cWebPage::BeginAnswer(const std::string& contentType, unsigned int status) {
   if (status == 200 && m_headers.empty()) {
     HttpSuccessHeader(m_outputs++, contentType);
@@ -121,10 +129,11 @@ void cWebPage::Break() {
   m_finished = true;
 }
 
+void cWebPage::PutAndClose(const std::string& text) { Put(text) ? Close() : Break(); }
+
 void cWebPage::ShowPage(const std::string& title, const cHtml& body, unsigned int status) {
   BeginAnswer("text/html; charset=utf-8", status);
-  Put(MakeDocument(m_context, title, body).GetText());
-  Close();
+  PutAndClose(MakeDocument(m_context, title, body).GetText());
 }
 
 void cWebPage::ShowError(unsigned int status, const std::string& text) {
@@ -145,8 +154,7 @@ void cWebPage::Redirect(const std::string& url) {
 
 void cWebPage::ShowText(const std::string& contentType, const std::string& text) {
   BeginAnswer(contentType);
-  Put(text);
-  Close();
+  PutAndClose(text);
 }
 
 cHtml cWebPage::CsrfField() const {

@@ -88,7 +88,7 @@ class cWebPage : public cHttpPage {
   // headers: further lines, each with its line break.
   void BeginAnswer(const std::string& contentType, unsigned int status = 200);
   // False: it did not reach the front end.
-  bool Put(const std::string& text) { return HttpOutput(m_outputs++, text); }
+  bool Put(const std::string& text);
   void Close();
   void Break();
 
@@ -98,6 +98,7 @@ class cWebPage : public cHttpPage {
  private:
   void TakeAnswer(const vorn::cMsg& msg);
   void OnTimeout();
+  void PutAndClose(const std::string& text);
 
   cPageContext m_context;
   vorn::cUuid m_id;

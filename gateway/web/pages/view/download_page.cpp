@@ -22,13 +22,15 @@ bool ReadSelection(const cHttpRequest& query, cDbCtrlRequest& request, std::stri
     error = std::string(name) + ": " + error;
     return false;
   };
-  return read("from", request.m_fromUTC) && read("to", request.m_toUTC);
+  if (!read("from", request.m_fromUTC) || !read("to", request.m_toUTC)) return false;
+  if (request.m_fromUTC > request.m_toUTC) error = "from: the range begins behind its end";
+  return error.empty();
 }
 
 void cDownloadPage::Start() {
   cDbCtrlRequest request;
   std::string error;
-  m_export = MakeValueExport(Query("format"));
+  m_export = MakeValueExport(Format());
   if (m_export == nullptr) return ShowError(400, "format: expected csv or json");
   if (!ReadSelection(GetRequest(), request, error)) return ShowError(400, error);
   m_gathered = m_export->Begin();
@@ -45,7 +47,7 @@ void cDownloadPage::Start() {
 void cDownloadPage::Pass(Go go) {
   if (!m_begun) {
     m_begun = true;
-    AddHeader("Content-Disposition: attachment; filename=\"values." + Query("format") + "\"");
+    if (IsFile()) AddHeader("Content-Disposition: attachment; filename=\"values." + Format() + "\"");
     BeginAnswer(m_export->ContentType());
     ++m_waiting;
   }

@@ -11,9 +11,14 @@
 
 namespace tav::pages {
 
-class cDownloadPage final : public cDataPage {
+class cDownloadPage : public cDataPage {
  public:
   using cDataPage::cDataPage;
+
+ protected:
+  virtual std::string Format() const { return Query("format"); }
+  // Whether the browser is to keep it rather than to show it.
+  virtual bool IsFile() const { return true; }
 
  private:
   void Start() override;
@@ -27,6 +32,16 @@ class cDownloadPage final : public cDataPage {
   Go m_go;
   bool m_begun = false;
   unsigned int m_waiting = 0;  // outputs on their way
+};
+
+// The same for programs, always JSON.
+class cValuesApi final : public cDownloadPage {
+ public:
+  using cDownloadPage::cDownloadPage;
+
+ private:
+  std::string Format() const override { return "json"; }
+  bool IsFile() const override { return false; }
 };
 
 // Reads meter, identifier, profile and range from the query; false, and in error what was expected.

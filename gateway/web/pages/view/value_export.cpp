@@ -5,14 +5,11 @@
 #include <utility>
 
 #include <gateway/form/json.h>
-#include <gateway/web/pages/core/show.h>
-#include <tav/framework/time.h>
+#include <gateway/form/value_columns.h>
 
 namespace tav::pages {
 
 namespace {
-
-std::string UtcText(unsigned int utc) { return vorn::cTime::FromSeconds(utc, true).ToISO8601String(); }
 
 // What begins as a formula would be run by a spreadsheet: it gets an apostrophe, as their makers advise. A number is
 // none, whatever its sign.
@@ -35,11 +32,16 @@ std::string CsvField(const std::string& given) {
 class cCsvExport final : public cValueExport {
  public:
   std::string ContentType() const override { return "text/csv; charset=utf-8"; }
-  std::string Begin() override { return "meter,time,obis,value,unit,time-source\r\n"; }
+  std::string Begin() override {
+    std::string line;
+    for (const form::cColumn& column : form::kExportColumns) (line += line.empty() ? "" : ",") += column.key;
+    return line + "\r\n";
+  }
   std::string Row(const vorn::cRecord& row) override {
-    const cShownValue value(row);
-    return CsvField(value.meterId) + ',' + UtcText(value.utc) + ',' + CsvField(value.obisId) + ',' +
-           CsvField(value.value) + ',' + CsvField(value.unit) + ',' + CsvField(value.timeSource) + "\r\n";
+    std::string line;
+    for (const form::cColumn& column : form::kExportColumns)
+      (line += &column == form::kExportColumns ? "" : ",") += CsvField(form::CellText(row, column));
+    return line + "\r\n";
   }
   std::string End() override { return {}; }
 };
@@ -49,12 +51,7 @@ class cJsonExport final : public cValueExport {
   std::string ContentType() const override { return "application/json"; }
   std::string Begin() override { return "["; }
   std::string Row(const vorn::cRecord& row) override {
-    const cShownValue value(row);
-    const auto text = [](const std::string& of) { return form::ToLine(nlohmann::ordered_json(of)); };
-    return std::string(std::exchange(m_isFirst, false) ? "\n" : ",\n") + "{\"meter\":" + text(value.meterId) +
-           ",\"time\":" + text(UtcText(value.utc)) + ",\"obis\":" + text(value.obisId) +
-           ",\"value\":" + JsonValue(value.value) + ",\"unit\":" + text(value.unit) +
-           ",\"time-source\":" + text(value.timeSource) + "}";
+    return (std::exchange(m_isFirst, false) ? "\n" : ",\n") + form::ToLine(form::RowToJson(row, form::kExportColumns));
   }
   std::string End() override { return "\n]\n"; }
 

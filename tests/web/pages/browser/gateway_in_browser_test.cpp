@@ -1,0 +1,158 @@
+// SPDX-License-Identifier: Apache-2.0
+// A person at a gateway: real processes, a simulated meter, a real browser.
+#include <tests/web/pages/browser/gateway_world.h>
+
+namespace tav::pages {
+namespace {
+
+using testing::HasSubstr;
+using testing::StartsWith;
+
+using GatewayInBrowser = cGatewayWorld;
+
+TEST_F(GatewayInBrowser, IsSetUpSeenChangedAndLeft) {
+  // The first password, by the code that the gateway says.
+  SetThePassword();
+  m_browser->Click("form.logout button");
+  m_browser->AwaitText("h1", "Log in");
+  LogIn();
+  m_browser->AwaitText("h1", "Meters");
+
+  // A meter's values change while one looks.
+  const std::string value = ".card [data-live=\"" + kMeter + " 1-0:1.8.0\"]";
+  m_browser->Await("the meter's card", [&] {
+    if (m_browser->Exists(value)) return true;
+    m_browser->Reload();
+    return false;
+  });
+  const std::string before = m_browser->Text(value);
+  m_browser->AwaitText(value, [&](const std::string& now) { return now != before; });
+  Picture("overview");
+
+  // Its curve is drawn, and told in words.
+  m_browser->Click(".card h2 a");
+  m_browser->AwaitText("#chart-summary", "highest");
+  EXPECT_TRUE(
+      m_browser->Execute("const c = document.querySelector('#chart');"
+                         "const d = c.getContext('2d').getImageData(0, 0, c.width, c.height).data;"
+                         "return d.some(byte => byte != 0);"))
+      << "something is drawn";
+  Picture("meter");
+
+  // A rule is changed, and the next reading has its new name.
+  OpenPage("/rule");
+  m_browser->Type("[name=id]", "1");
+  m_browser->Type("[name=name]", "Power of the house");
+  m_browser->Type("[name=obis]", "1-7:16.7.0");
+  m_browser->Type("[name=map]", "protocol=dlms");
+  m_browser->Click("form.entry .actions button");
+  m_browser->AwaitText("main", "Power of the house");
+  Picture("rule");
+  m_browser->Await("the reading's new name", [&] {
+    OpenPage(MeterPath());
+    return m_browser->Exists("[data-live=\"" + kMeter + " 1-7:16.7.0\"]");
+  });
+  EXPECT_THAT(m_browser->Text("main"), HasSubstr("Power of the house"));
+
+  // Values are taken away as a file.
+  m_browser->SetDownloadFolder(m_folder.GetPath());
+  m_browser->Click("a[href*='format=csv']");
+  m_browser->Await("the file", [&] { return std::filesystem::exists(m_folder.File("values.csv")); });
+  EXPECT_THAT(Load("values.csv"), StartsWith("meterID,timestamp,time-source,obis-id,value,unit\r\n" + kMeter + ","));
+
+  m_browser->Click("form.logout button");
+  m_browser->AwaitText("h1", "Log in");
+  OpenPage("/");
+  m_browser->AwaitText("h1", "Log in");
+  ExpectNothingWrong();
+}
+
+TEST_F(GatewayInBrowser, ShowsEveryPageOnADesktopAndOnAPhone) {
+  SetThePassword();
+  m_browser->Await("the driver's reading", [&] {
+    OpenPage("/");
+    return m_browser->Exists(".card");
+  });
+  for (const unsigned int width : {1200u, 360u}) {
+    m_browser->SetWindow(width, 800);
+    OpenPage("/");
+    std::vector<std::string> paths = {"/", MeterPath()};
+    for (const auto& path :
+         m_browser->Execute("return [...document.querySelectorAll('nav a')].map(a => a.getAttribute('href'))"))
+      paths.push_back(path);
+    EXPECT_GT(paths.size(), 2u);
+    for (const std::string& path : paths) {
+      OpenPage(path);
+      EXPECT_LE(m_browser->Execute("return document.documentElement.scrollWidth").get<unsigned int>(), width)
+          << path << " is wider than the window";
+      std::string name = path.substr(1, path.find('?') - 1);
+      Picture((name.empty() ? "overview" : name) + "-" + std::to_string(width));
+    }
+  }
+  ExpectNothingWrong();
+}
+
+// What a screen reader and a keyboard find: labels, headings, a way past the navigation, names of buttons.
+TEST_F(GatewayInBrowser, EveryPageCanBeUsedWithoutEyesAndWithoutAMouse) {
+  SetThePassword();
+  for (const auto& path :
+       m_browser->Execute("return [...document.querySelectorAll('nav a')].map(a => a.getAttribute('href'))")) {
+    OpenPage(path);
+    const auto faults = m_browser->Execute(
+        "const faults = [];"
+        "const say = (what, element) => faults.push(what + ': ' + element.outerHTML.slice(0, 120));"
+        "for (const field of document.querySelectorAll('input:not([type=hidden]), select, textarea'))"
+        "  if (!field.labels.length && !field.getAttribute('aria-label')) say('no label', field);"
+        "for (const button of document.querySelectorAll('button, a[href]'))"
+        "  if (!button.textContent.trim() && !button.getAttribute('aria-label')) say('no name', button);"
+        "for (const image of document.querySelectorAll('img, canvas'))"
+        "  if (!image.alt && !image.getAttribute('aria-label')) say('no text', image);"
+        "for (const head of document.querySelectorAll('th')) if (!head.scope) say('no scope', head);"
+        "const ids = [...document.querySelectorAll('[id]')].map(e => e.id);"
+        "if (new Set(ids).size != ids.length) faults.push('an id stands twice: ' + ids);"
+        "if (document.querySelectorAll('h1').length != 1) faults.push('not one h1');"
+        "if (!document.documentElement.lang) faults.push('no language');"
+        "return faults;");
+    EXPECT_EQ(faults.dump(), "[]") << path;
+    m_browser->Press("", "\xEE\x80\x84");  // the tab key
+    EXPECT_EQ(m_browser->Execute("return document.activeElement.className"), "skip") << path;
+  }
+}
+
+TEST_F(GatewayInBrowser, IsOfUseWithoutScripts) {
+  m_browser->DisableScripts();
+  SetThePassword();
+  m_browser->Await("the meter's card", [&] {
+    m_browser->Reload();
+    return m_browser->Exists(".card h2 a");
+  });
+  m_browser->Click(".card h2 a");
+  m_browser->AwaitText("h1", kMeter);
+  EXPECT_THAT(m_browser->Texts("td.num"), testing::Not(testing::IsEmpty()));
+  m_browser->Select("#obis", "1-0:16.7.0");
+  m_browser->Click("form.range button");
+  m_browser->AwaitUrl("obis=1-0%3A16.7.0");
+  EXPECT_THAT(m_browser->Text("noscript"), HasSubstr("The curve needs scripts"));
+  m_browser->Click("form.logout button");
+  m_browser->AwaitText("h1", "Log in");
+}
+
+TEST_F(GatewayInBrowser, SaysWhenThePagesAreAwayAndShowsThemAgain) {
+  SetThePassword();
+  m_pages->Signal(SIGKILL);
+  m_pages->Wait();
+  m_browser->Await("the news that the values stand still",
+                   [&] { return m_browser->Attribute("body", "class").find("stale") != std::string::npos; });
+  OpenPage("/");
+  EXPECT_THAT(m_browser->GetTitle(), HasSubstr("503"));
+  StartPages();
+  m_browser->Await("the login", [&] {
+    OpenPage("/");
+    return m_browser->Exists("#password");
+  });
+  LogIn();
+  m_browser->AwaitText("h1", "Meters");
+}
+
+}  // namespace
+}  // namespace tav::pages

@@ -5,6 +5,12 @@
 #include <gateway/web/pages/api/api_pages.h>
 #include <gateway/web/pages/api/metrics_page.h>
 #include <gateway/web/pages/api/openapi.h>
+#include <gateway/web/pages/config/collector_page.h>
+#include <gateway/web/pages/config/interface_page.h>
+#include <gateway/web/pages/config/list_pages.h>
+#include <gateway/web/pages/config/meter_config_page.h>
+#include <gateway/web/pages/config/push_target_page.h>
+#include <gateway/web/pages/config/template_page.h>
 #include <gateway/web/pages/view/download_page.h>
 #include <gateway/web/pages/view/live_page.h>
 #include <gateway/web/pages/view/meter_page.h>
@@ -23,21 +29,30 @@ std::unique_ptr<cWebPage> Make(const cPageContext& context) {
 // Names of fields as programs see them in an address stand in docs/web.md.
 // clang-format off
 constexpr cRoute kRoutes[] = {
-    {"/",           "Meters", eRole::Viewer, eSender::None,   Make<cOverviewPage>},
-    {"/meter",      "",       eRole::Viewer, eSender::None,   Make<cMeterPage>},
-    {"/live",       "",       eRole::Viewer, eSender::None,   Make<cLivePage>,     true},
-    {"/download",   "",       eRole::Viewer, eSender::None,   Make<cDownloadPage>, true},
-    {"/api/series", "",       eRole::Viewer, eSender::None,   Make<cSeriesPage>,   true},
-    {"/api/meters", "",       eRole::Viewer, eSender::None,   Make<cMetersApi>,    true},
-    {"/api/last-values", "",  eRole::Viewer, eSender::None,   Make<cLastValuesApi>, true},
-    {"/api/values", "",       eRole::Viewer, eSender::None,   Make<cValuesApi>,    true},
-    {"/api/status", "",       eRole::Viewer, eSender::None,   Make<cStatusApi>,    true},
-    {"/api/rules",  "",       eRole::Viewer, eSender::None,   Make<cRulesApi>,     true},
-    {"/api/openapi.json", "", eRole::Viewer, eSender::None,   Make<cOpenApiPage>,  true},
-    {"/metrics",    "",       eRole::Viewer, eSender::None,   Make<cMetricsPage>,  true},
-    {"/setup",      "",       eRole::Nobody, eSender::Anyone, Make<cSetupPage>},
-    {"/login",      "",       eRole::Nobody, eSender::Anyone, Make<cLoginPage>},
-    {"/logout",     "",       eRole::Viewer, eSender::Viewer, Make<cLogoutPage>},
+    {"/",                 "Meters",         eRole::Viewer, eSender::None,   Make<cOverviewPage>},
+    {"/meter",            "",               eRole::Viewer, eSender::None,   Make<cMeterPage>},
+    {"/live",             "",               eRole::Viewer, eSender::None,   Make<cLivePage>, true},
+    {"/download",         "",               eRole::Viewer, eSender::None,   Make<cDownloadPage>, true},
+    {"/api/series",       "",               eRole::Viewer, eSender::None,   Make<cSeriesPage>, true},
+    {"/interfaces",       "Interfaces",     eRole::Viewer, eSender::None,   Make<cInterfacesPage>},
+    {"/interface",        "",               eRole::Viewer, eSender::Admin,  Make<cInterfacePage>},
+    {"/meter-configs",    "Meter settings", eRole::Viewer, eSender::None,   Make<cMeterConfigsPage>},
+    {"/meter-config",     "",               eRole::Viewer, eSender::Admin,  Make<cMeterConfigPage>},
+    {"/collector",        "",               eRole::Viewer, eSender::Admin,  Make<cCollectorPage>},
+    {"/push-targets",     "Push targets",   eRole::Viewer, eSender::None,   Make<cPushTargetsPage>},
+    {"/push-target",      "",               eRole::Viewer, eSender::Admin,  Make<cPushTargetPage>},
+    {"/templates",        "Templates",      eRole::Viewer, eSender::None,   Make<cTemplatesPage>},
+    {"/template",         "",               eRole::Viewer, eSender::Admin,  Make<cTemplatePage>},
+    {"/api/meters",       "",               eRole::Viewer, eSender::None,   Make<cMetersApi>, true},
+    {"/api/last-values",  "",               eRole::Viewer, eSender::None,   Make<cLastValuesApi>, true},
+    {"/api/values",       "",               eRole::Viewer, eSender::None,   Make<cValuesApi>, true},
+    {"/api/status",       "",               eRole::Viewer, eSender::None,   Make<cStatusApi>, true},
+    {"/api/rules",        "",               eRole::Viewer, eSender::None,   Make<cRulesApi>, true},
+    {"/api/openapi.json", "",               eRole::Viewer, eSender::None,   Make<cOpenApiPage>, true},
+    {"/metrics",          "",               eRole::Viewer, eSender::None,   Make<cMetricsPage>, true},
+    {"/setup",            "",               eRole::Nobody, eSender::Anyone, Make<cSetupPage>},
+    {"/login",            "",               eRole::Nobody, eSender::Anyone, Make<cLoginPage>},
+    {"/logout",           "",               eRole::Viewer, eSender::Viewer, Make<cLogoutPage>},
 };
 // clang-format on
 

@@ -23,9 +23,17 @@ std::string AsShown(std::string text) {
   return EscapeHtml(text);
 }
 
+// Names of fields that are no words, as the records have them.
+constexpr std::pair<std::string_view, std::string_view> kLabels[] = {
+    {"addr", "Address"},       {"mfct", "Manufacturer"}, {"idx", "Number"},
+    {"protocoll", "Protocol"}, {"uri", "Path"},          {"maxruntime", "Longest run time"},
+};
+
 }  // namespace
 
 std::string FieldLabel(std::string_view name) {
+  for (const auto& [field, label] : kLabels)
+    if (field == name) return std::string(label);
   std::string label;
   for (const char letter : name) {
     if (IsUpper(letter) && !label.empty() && IsLower(label.back())) label += ' ';

@@ -22,7 +22,8 @@ cFieldForm Typed(std::map<std::string, std::string> fields) {
 TEST(FieldForm, NamesFieldsForPeople) {
   const std::pair<const char*, const char*> cases[] = {{"name", "Name"},         {"interface-name", "Interface name"},
                                                        {"meterID", "Meter ID"},  {"countRP", "Count RP"},
-                                                       {"obis-ids", "Obis ids"}, {"", ""}};
+                                                       {"obis-ids", "Obis ids"}, {"", ""},
+                                                       {"addr", "Address"},      {"protocoll", "Protocol"}};
   for (const auto& [name, label] : cases) EXPECT_EQ(FieldLabel(name), label);
 }
 

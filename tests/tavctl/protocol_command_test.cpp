@@ -21,7 +21,7 @@ TEST_F(ProtocolCommand, SaysWhichItKnows) {
   const cOutput output = Run({"protocol", "weather"});
   EXPECT_EQ(output.exit, eExitNegative);
   EXPECT_EQ(output.err,
-            "tavctl: there is no protocol of service 'weather'; known are: data gsm obis status time-service ui\n");
+            "tavctl: there is no protocol of service 'weather'; known are: data gsm obis status time-service ui web\n");
   EXPECT_EQ(Run({"--json", "protocol", "data"}).exit, eExitUsage);
 }
 

@@ -17,7 +17,8 @@ namespace {
 // Of a connection: its header, what the library makes of it, and room to say so when it is too large.
 constexpr std::size_t kConnectionMemory = kMaxHeaderBytes + (std::size_t{32} << 10);
 constexpr std::size_t kMemoryStep = std::size_t{4} << 10;
-constexpr int kStrict = 1;
+// We judge requests ourselves, where the library would close the connection without a word.
+constexpr int kStrict = 0;
 
 cConnection* ConnectionOf(MHD_Connection* handle) {
   const auto* const info = MHD_get_connection_info(handle, MHD_CONNECTION_INFO_SOCKET_CONTEXT);

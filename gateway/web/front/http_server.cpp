@@ -4,6 +4,7 @@
 #include <microhttpd.h>
 #include <netinet/in.h>
 
+#include <csignal>
 #include <cstdarg>
 #include <cstdio>
 
@@ -85,6 +86,7 @@ std::string cHttpServer::Start(cDescriptor socket, const std::string& certificat
   const bool isTls = !certificate.empty();
   if (isTls) flags |= MHD_USE_TLS;
   if (!socket.IsOpen()) flags |= MHD_USE_NO_LISTEN_SOCKET;
+  signal(SIGPIPE, SIG_IGN);  // a file that is sent to a client who has gone would end the process
   const auto pointer = [](const std::string& text) { return const_cast<char*>(text.c_str()); };
   const MHD_OptionItem tls[] = {{isTls ? MHD_OPTION_HTTPS_MEM_CERT : MHD_OPTION_END, 0, pointer(certificate)},
                                 {MHD_OPTION_HTTPS_MEM_KEY, 0, pointer(key)},

@@ -20,7 +20,7 @@ constexpr std::chrono::seconds kRound{3};
 
 void Soak(benchmark::State& state) {
   const cTempFolder folder;
-  const cChild gateway({TAV_GATEWAY, "run", "--dir", folder.GetPath(), "--trace", "2"});
+  const cChild gateway({TAV_GATEWAY, "run", "--no-web", "--dir", folder.GetPath(), "--trace", "2"});
   cSoakWorld world(folder.GetPath(), kClients, 4711);
   if (!gateway.IsReady() || !world.Connect() || !world.WarmUp())
     return state.SkipWithError("the clients do not all connect, or do not agree");

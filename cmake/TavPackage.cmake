@@ -11,6 +11,8 @@ set(CPACK_DEBIAN_PACKAGE_SECTION misc)
 # The C and C++ run time, SQLite, libgpiod and libsystemd, in the versions built against. ModemManager, which the modem's
 # service asks over D-Bus, is wanted on few machines only.
 set(CPACK_DEBIAN_PACKAGE_SUGGESTS modemmanager)
+# Chart.js is served from its own package.
+set(CPACK_DEBIAN_PACKAGE_RECOMMENDS libjs-chart.js)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
 set(CPACK_STRIP_FILES ON)

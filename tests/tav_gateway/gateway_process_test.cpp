@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <gateway/tav_gateway/gateway_process.h>
 
+#include <netinet/in.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>
@@ -17,6 +18,29 @@ namespace {
 using testing::HasSubstr;
 
 // What a service manager hears.
+// A port that somebody else listens on.
+class cTakenPort {
+ public:
+  cTakenPort() : m_socket(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    socklen_t size = sizeof address;
+    EXPECT_EQ(bind(m_socket, reinterpret_cast<const sockaddr*>(&address), size), 0);
+    EXPECT_EQ(listen(m_socket, 1), 0);
+    getsockname(m_socket, reinterpret_cast<sockaddr*>(&address), &size);
+    m_port = ntohs(address.sin_port);
+  }
+  ~cTakenPort() { close(m_socket); }
+  cTakenPort(const cTakenPort&) = delete;
+  cTakenPort& operator=(const cTakenPort&) = delete;
+  std::string GetAddress() const { return "127.0.0.1:" + std::to_string(m_port); }
+
+ private:
+  int m_socket;
+  int m_port = 0;
+};
+
 class cManagerSocket {
  public:
   explicit cManagerSocket(const std::string& path) : m_socket(socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0)) {
@@ -122,10 +146,46 @@ TEST_F(GatewayProcess, EndsWithThreeWhenItsDirectoryCannotBeMade) {
   EXPECT_THAT(Said(), HasSubstr(Directory()));
 }
 
+TEST_F(GatewayProcess, TellsWhereItsPagesAre) {
+  Start();
+  Connect();
+  std::ifstream file(m_folder.File("said"));
+  std::string line;
+  ASSERT_TRUE(std::getline(file, line));
+  EXPECT_THAT(line, testing::MatchesRegex("web pages at http://127\\.0\\.0\\.1:[0-9]+/"));
+}
+
+TEST_F(GatewayProcess, EndsWithFourWhenThePortOfItsPagesIsTaken) {
+  cTakenPort taken;
+  for (const char* command : {"run", "web"}) {
+    cChildProcess second({TAV_GATEWAY, command, "--dir", Directory(), "--web-listen", taken.GetAddress()}, {},
+                         m_folder.File("second"));
+    EXPECT_EQ(second.Wait(), eExitSocket) << command;
+    std::ifstream file(m_folder.File("second"));
+    EXPECT_THAT(std::string(std::istreambuf_iterator<char>(file), {}),
+                HasSubstr("tav-gateway: web pages cannot be served at http://" + taken.GetAddress() +
+                          "/: Address already in use"));
+  }
+}
+
+TEST_F(GatewayProcess, LeavesThePagesOut) {
+  Start({"run", "--dir", Directory(), "--no-web"});
+  Connect();
+  EXPECT_FALSE(std::filesystem::exists(Directory() + "/web-tmp"));
+  std::ifstream file(m_folder.File("said"));
+  EXPECT_EQ(std::string(std::istreambuf_iterator<char>(file), {}), "");
+}
+
+TEST_F(GatewayProcess, EndsWithTwoForACertificateThatCannotBeRead) {
+  Start({"web", "--dir", Directory(), "--web-cert", "/nowhere/cert.pem", "--web-key", "/nowhere/key.pem"});
+  EXPECT_EQ(m_process->Wait(), eExitUsage);
+  EXPECT_THAT(Said(), HasSubstr("file '/nowhere/cert.pem' cannot be read"));
+}
+
 TEST_F(GatewayProcess, EndsWithFourWhenAnotherOneRuns) {
   Start();
   Connect();
-  cChildProcess second({TAV_GATEWAY, "run", "--dir", Directory()}, {}, m_folder.File("second"));
+  cChildProcess second({TAV_GATEWAY, "run", "--dir", Directory(), "--no-web"}, {}, m_folder.File("second"));
   EXPECT_EQ(second.Wait(), eExitSocket);
   std::ifstream file(m_folder.File("second"));
   EXPECT_THAT(std::string(std::istreambuf_iterator<char>(file), {}), HasSubstr("data"));

@@ -55,17 +55,23 @@ class cTestDriver : public cDbCtrlIO {
 class GatewayProcess : public testing::Test {
  protected:
   static constexpr std::int64_t kPatienceMs = 20'000;
+  static constexpr const char* kFreePort = "127.0.0.1:0";
   static constexpr unsigned int kNoon = 1'700'000'000;
 
   void Start(std::vector<std::string> arguments = {"run"}, const std::vector<std::string>& environment = {}) {
     arguments.insert(arguments.begin(), TAV_GATEWAY);
     if (arguments.size() == 2) arguments.insert(arguments.end(), {"--dir", Directory()});
+    arguments.insert(arguments.end(), {"--web-listen", kFreePort});
     m_process = std::make_unique<cChildProcess>(arguments, environment, m_folder.File("said"));
   }
   std::string Directory() const { return m_folder.File("gateway"); }
+  // Without the line that tells where web pages are.
   std::string Said() const {
     std::ifstream file(m_folder.File("said"));
-    return {std::istreambuf_iterator<char>(file), {}};
+    std::string said, line;
+    while (std::getline(file, line))
+      if (!line.starts_with("web pages at ")) said += line + "\n";
+    return said;
   }
 
   void Connect() {

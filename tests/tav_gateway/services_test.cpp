@@ -54,7 +54,7 @@ class Services : public GatewayProcess {
 TEST_F(Services, HaveNamesAndExplanationsOfTheirOwn) {
   std::vector<std::string> names;
   for (const cServiceKind& kind : GetServiceKinds()) names.push_back(kind.name);
-  EXPECT_THAT(names, testing::ElementsAre("data", "obis", "status", "ui", "time-service", "gsm"));
+  EXPECT_THAT(names, testing::ElementsAre("data", "obis", "status", "ui", "time-service", "gsm", "web"));
 }
 
 TEST_F(Services, AreReachedAloneAndNobodyElseIs) {
@@ -110,7 +110,10 @@ TEST_F(Services, TellHowTheyAre) {
            {"status", {"clients", "values", "values-of-gone", "refused"}},
            {"ui", {"led.wan", "led.meter-1", "led.meter-2", "relay", "hardware"}},
            {"time-service", {"clock", "synchronized", "last-set", "wan", "wan-since"}},
-           {"gsm", {"modem", "state", "since", "apn", "reason"}}}) {
+           {"gsm", {"modem", "state", "since", "apn", "reason"}},
+           {"web",
+            {"address", "connections", "connections-evicted", "connections-timed-out", "page-processes", "requests",
+             "refused", "failures", "bytes-received", "bytes-sent", "bytes-stored", "bytes-waiting"}}}) {
     std::vector<std::string> expected = {service + ".started", service + ".version"}, found;
     for (const std::string& name : own) expected.push_back(service + "." + name);
     std::copy_if(names.begin(), names.end(), std::back_inserter(found),
@@ -126,7 +129,8 @@ TEST_F(Services, OfASecondGatewayAreRefusedWithTheNameThatIsTaken) {
   Start();
   Connect();
   for (const cServiceKind& kind : GetServiceKinds()) {
-    cChildProcess second({TAV_GATEWAY, kind.name, "--dir", Directory()}, {}, m_folder.File("second"));
+    cChildProcess second({TAV_GATEWAY, kind.name, "--dir", Directory(), "--web-listen", kFreePort}, {},
+                         m_folder.File("second"));
     EXPECT_EQ(second.Wait(), eExitSocket) << kind.name;
     std::ifstream file(m_folder.File("second"));
     EXPECT_THAT(std::string(std::istreambuf_iterator<char>(file), {}),

@@ -102,6 +102,7 @@ bool AppendFields(MHD_Connection* connection, vorn::cRecord& record) {
 cClientRequest::cClientRequest(MHD_Connection* connection, std::string_view target) : m_connection(connection) {
   if (target.size() > kMaxTargetBytes)
     Refuse(414, "The address has more than " + std::to_string(kMaxTargetBytes) + " bytes");
+  if (target.find(' ') != std::string_view::npos) Refuse(400, "The address has a blank");
 }
 
 void cClientRequest::Refuse(unsigned int status, const std::string& text) {

@@ -126,7 +126,8 @@ bool cConnection::GoOn() {
   const auto read = [](void* self, std::uint64_t, char* to, std::size_t most) {
     return static_cast<cConnection*>(self)->Read(to, most);
   };
-  return Queue(beginning->answer.status, MakeStreamResponse(beginning->answer, m_parts.isTls, read, this));
+  return Queue(beginning->answer.status,
+               MakeStreamResponse(beginning->answer, m_parts.isTls, m_request->IsHead(), read, this));
 }
 
 bool cConnection::Answer(cAnswer answer) {

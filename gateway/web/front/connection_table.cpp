@@ -23,7 +23,7 @@ cConnectionTable::cConnectionTable(cServiceHost* host, const cWebParts& parts)
       m_check(host, [this] { Check(); }) {}
 
 cConnection* cConnectionTable::Add(MHD_Connection* handle) {
-  if (m_connections.size() + kSpareConnections >= kMaxConnections) MakeRoom();
+  if (IsNearlyFull()) MakeRoom();
   cConnection* const connection = &m_connections.emplace_back(m_parts, handle);
   epoll_event event{};
   event.events = EPOLLRDHUP | EPOLLET;
@@ -37,6 +37,8 @@ cConnection* cConnectionTable::Add(MHD_Connection* handle) {
 void cConnectionTable::Remove(cConnection* connection) {
   epoll_ctl(m_gone.Get(), EPOLL_CTL_DEL, connection->GetSocket(), nullptr);
   std::erase_if(m_connections, [&](const cConnection& each) { return &each == connection; });
+  // At its limit the library does not listen; it looks again only when it runs.
+  if (IsNearlyFull()) m_parts.runLater();
 }
 
 void cConnectionTable::MoveToEnd(cConnection* connection) {

@@ -8,6 +8,7 @@
 
 #include <gateway/host/task.h>
 #include <gateway/web/front/connection.h>
+#include <gateway/web/front/web_limits.h>
 #include <tav/framework/watch.h>
 
 namespace tav::gateway::web {
@@ -25,6 +26,7 @@ class cConnectionTable {
   std::size_t Count() const { return m_connections.size(); }
 
  private:
+  bool IsNearlyFull() const { return m_connections.size() + kSpareConnections >= kMaxConnections; }
   void MakeRoom();
   void TakeGone();
   void Check();

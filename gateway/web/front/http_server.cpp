@@ -4,6 +4,7 @@
 #include <microhttpd.h>
 #include <netinet/in.h>
 
+#include <csignal>
 #include <cstdarg>
 #include <cstdio>
 
@@ -17,7 +18,8 @@ namespace {
 // Of a connection: its header, what the library makes of it, and room to say so when it is too large.
 constexpr std::size_t kConnectionMemory = kMaxHeaderBytes + (std::size_t{32} << 10);
 constexpr std::size_t kMemoryStep = std::size_t{4} << 10;
-constexpr int kStrict = 1;
+// We judge requests ourselves, where the library would close the connection without a word.
+constexpr int kStrict = 0;
 
 cConnection* ConnectionOf(MHD_Connection* handle) {
   const auto* const info = MHD_get_connection_info(handle, MHD_CONNECTION_INFO_SOCKET_CONTEXT);
@@ -84,28 +86,26 @@ std::string cHttpServer::Start(cDescriptor socket, const std::string& certificat
   const bool isTls = !certificate.empty();
   if (isTls) flags |= MHD_USE_TLS;
   if (!socket.IsOpen()) flags |= MHD_USE_NO_LISTEN_SOCKET;
-  const auto pointer = [](const std::string& text) {
-    return reinterpret_cast<intptr_t>(const_cast<char*>(text.c_str()));
-  };
-  const MHD_OptionItem tls[] = {{isTls ? MHD_OPTION_HTTPS_MEM_CERT : MHD_OPTION_END, pointer(certificate), nullptr},
+  signal(SIGPIPE, SIG_IGN);  // a file that is sent to a client who has gone would end the process
+  const auto pointer = [](const std::string& text) { return const_cast<char*>(text.c_str()); };
+  const MHD_OptionItem tls[] = {{isTls ? MHD_OPTION_HTTPS_MEM_CERT : MHD_OPTION_END, 0, pointer(certificate)},
+                                {MHD_OPTION_HTTPS_MEM_KEY, 0, pointer(key)},
                                 {MHD_OPTION_END, 0, nullptr}};
-  const MHD_OptionItem tlsKey[] = {{isTls ? MHD_OPTION_HTTPS_MEM_KEY : MHD_OPTION_END, pointer(key), nullptr},
-                                   {MHD_OPTION_END, 0, nullptr}};
   const MHD_OptionItem listening[] = {
       {socket.IsOpen() ? MHD_OPTION_LISTEN_SOCKET : MHD_OPTION_END, socket.Get(), nullptr},
       {MHD_OPTION_END, 0, nullptr}};
-  m_daemon = MHD_start_daemon(flags, 0, nullptr, nullptr, &cHttpCallbacks::Handle, this,                     //
-                              MHD_OPTION_EXTERNAL_LOGGER, &cHttpCallbacks::Say, this,                        //
-                              MHD_OPTION_ARRAY, listening, MHD_OPTION_ARRAY, tls, MHD_OPTION_ARRAY, tlsKey,  //
-                              MHD_OPTION_CONNECTION_LIMIT, static_cast<unsigned int>(kMaxConnections),       //
-                              MHD_OPTION_CONNECTION_TIMEOUT, 0U,                                             //
-                              MHD_OPTION_CONNECTION_MEMORY_LIMIT, kConnectionMemory,                         //
-                              MHD_OPTION_CONNECTION_MEMORY_INCREMENT, kMemoryStep,                           //
-                              MHD_OPTION_STRICT_FOR_CLIENT, kStrict, MHD_OPTION_SIGPIPE_HANDLED_BY_APP, 1,   //
-                              MHD_OPTION_NOTIFY_CONNECTION, &cHttpCallbacks::Notify, this,                   //
-                              MHD_OPTION_NOTIFY_COMPLETED, &cHttpCallbacks::End, this,                       //
-                              MHD_OPTION_URI_LOG_CALLBACK, &cHttpCallbacks::Begin, this,                     //
-                              MHD_OPTION_UNESCAPE_CALLBACK, &cHttpCallbacks::Decode, this,                   //
+  m_daemon = MHD_start_daemon(flags, 0, nullptr, nullptr, &cHttpCallbacks::Handle, this,                    //
+                              MHD_OPTION_EXTERNAL_LOGGER, &cHttpCallbacks::Say, this,                       //
+                              MHD_OPTION_ARRAY, listening, MHD_OPTION_ARRAY, tls,                           //
+                              MHD_OPTION_CONNECTION_LIMIT, static_cast<unsigned int>(kMaxConnections),      //
+                              MHD_OPTION_CONNECTION_TIMEOUT, 0U,                                            //
+                              MHD_OPTION_CONNECTION_MEMORY_LIMIT, kConnectionMemory,                        //
+                              MHD_OPTION_CONNECTION_MEMORY_INCREMENT, kMemoryStep,                          //
+                              MHD_OPTION_STRICT_FOR_CLIENT, kStrict, MHD_OPTION_SIGPIPE_HANDLED_BY_APP, 1,  //
+                              MHD_OPTION_NOTIFY_CONNECTION, &cHttpCallbacks::Notify, this,                  //
+                              MHD_OPTION_NOTIFY_COMPLETED, &cHttpCallbacks::End, this,                      //
+                              MHD_OPTION_URI_LOG_CALLBACK, &cHttpCallbacks::Begin, this,                    //
+                              MHD_OPTION_UNESCAPE_CALLBACK, &cHttpCallbacks::Decode, this,                  //
                               MHD_OPTION_END);
   if (m_daemon == nullptr) return m_said.empty() ? "the HTTP library does not start" : m_said;
   socket.Release();

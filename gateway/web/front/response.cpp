@@ -44,9 +44,11 @@ MHD_Response* MakeResponse(cAnswer answer, bool isTls) {
   return WithFields(response, answer, isTls);
 }
 
-MHD_Response* MakeStreamResponse(const cAnswer& beginning, bool isTls, ReadBody read, void* self) {
-  return WithFields(MHD_create_response_from_callback(MHD_SIZE_UNKNOWN, kBlockBytes, read, self, nullptr), beginning,
-                    isTls);
+MHD_Response* MakeStreamResponse(const cAnswer& beginning, bool isTls, bool isHead, ReadBody read, void* self) {
+  MHD_Response* const response = MHD_create_response_from_callback(MHD_SIZE_UNKNOWN, kBlockBytes, read, self, nullptr);
+  // The library would send the end of a body in chunks even where there is no body: without chunks it does not.
+  if (response != nullptr && isHead) MHD_set_response_options(response, MHD_RF_HTTP_1_0_COMPATIBLE_STRICT, MHD_RO_END);
+  return WithFields(response, beginning, isTls);
 }
 
 }  // namespace tav::gateway::web

@@ -17,7 +17,7 @@ using ReadBody = ssize_t (*)(void* self, std::uint64_t at, char* to, std::size_t
 
 // Both give null when there is no memory for it, or a field cannot be sent.
 MHD_Response* MakeResponse(cAnswer answer, bool isTls);
-// One whose body is read piece by piece.
-MHD_Response* MakeStreamResponse(const cAnswer& beginning, bool isTls, ReadBody read, void* self);
+// One whose body is read piece by piece. isHead: there is none, and nobody knows its length.
+MHD_Response* MakeStreamResponse(const cAnswer& beginning, bool isTls, bool isHead, ReadBody read, void* self);
 
 }  // namespace tav::gateway::web

@@ -12,8 +12,9 @@ using testing::HasSubstr;
 class RulesAndStatus : public EhzifProcess {
  protected:
   void StartAllServices() {
-    m_gateway = std::make_unique<cChildProcess>(std::vector<std::string>{TAV_GATEWAY, "run", "--dir", Directory()},
-                                                std::vector<std::string>{}, m_folder.File("gateway.said"));
+    m_gateway =
+        std::make_unique<cChildProcess>(std::vector<std::string>{TAV_GATEWAY, "run", "--no-web", "--dir", Directory()},
+                                        std::vector<std::string>{}, m_folder.File("gateway.said"));
     m_service = std::make_unique<vorn::cScmService>("ehzif-test", Directory());
     m_client = std::make_unique<cTestClient>(m_service.get(), "data");
     ASSERT_TRUE(m_client->AwaitConnection()) << Load("gateway.said");

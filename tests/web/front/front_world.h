@@ -238,12 +238,11 @@ class FrontWorld : public testing::Test {
     m_host.reset();
   }
 
-  cTestPages& AddPages(const std::vector<std::string>& prefixes = {}, bool flow = false,
-                       const std::string& name = "test-pages") {
+  cTestPages& AddPages(const std::vector<std::string>& prefixes = {}, bool flow = false) {
     vorn::cMsg registration(http::eRegister);
     for (const std::string& prefix : prefixes) registration.Record().AppendTextPar(http::kPrefix, prefix);
     if (flow) registration.Record().AppendBoolPar(http::kFlow, true);
-    m_processes.push_back(std::make_unique<cTestPageProcess>(name, m_folder.GetPath(), registration));
+    m_processes.push_back(std::make_unique<cTestPageProcess>("test-pages", m_folder.GetPath(), registration));
     cTestPages& pages = m_processes.back()->pages;
     EXPECT_TRUE(Await([&] { return pages.isRegistered || !pages.refusal.empty(); }));
     return pages;

@@ -131,11 +131,11 @@ cHtml cFieldForm::Remarks(const cInput& input) {
   cHtml html;
   if (input.kind == eInput::Secret && input.isFilled) {
     const std::string removal = RemovalOf(input.name);
+    html.Put("<p class=\"hint\" id=\"h-{}\">{} Unchanged when empty.</p>\n", input.name, input.hint);
     html.Put(
-        "<p class=\"hint\" id=\"h-{}\">{} Unchanged when empty.</p>\n"
-        "<label for=\"f-{}\"><input type=\"checkbox\" value=\"true\" id=\"f-{}\" name=\"{}\"> Remove what is "
-        "stored</label>\n",
-        input.name, input.hint, removal, removal, removal);
+        "<p class=\"hint\"><label><input type=\"checkbox\" value=\"true\" name=\"{}\"> Remove what is "
+        "stored</label></p>\n",
+        RemovalOf(input.name));
   } else {
     html.Put("<p class=\"hint\" id=\"h-{}\">{}</p>\n", input.name, input.hint);
   }

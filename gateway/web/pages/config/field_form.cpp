@@ -46,6 +46,7 @@ cFieldForm::cInput cFieldForm::MakeInput(eInput kind, std::string_view name, std
   input.hint = AsSentence(help);
   input.legend = part.legend;
   input.isFixed = std::find(part.fixed.begin(), part.fixed.end(), name) != part.fixed.end();
+  if (input.isFixed) input.hint += " It cannot be changed.";
   input.isFilled = !stored.empty();
   if (kind != eInput::Secret) input.value = stored;
   return input;

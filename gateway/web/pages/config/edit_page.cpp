@@ -13,7 +13,8 @@ constexpr const char* kChanged = "changed";
 constexpr const char* kDeleted = "deleted";
 
 constexpr const char* kSomebodyElse =
-    " has been changed meanwhile. What is stored now stands beside the fields; save again to store yours instead.";
+    " has been changed meanwhile. What is stored now stands beside the fields that differ; save again to store yours "
+    "instead.";
 
 std::string Capital(std::string text) {
   if (!text.empty() && text[0] >= 'a' && text[0] <= 'z') text[0] = static_cast<char>(text[0] - 'a' + 'A');

@@ -54,6 +54,7 @@ cFieldForm::cInput cFieldForm::MakeInput(eInput kind, std::string_view name, std
   input.hint = AsSentence(help);
   input.legend = part.legend;
   input.isFixed = std::find(part.fixed.begin(), part.fixed.end(), name) != part.fixed.end();
+  if (input.isFixed) input.hint += " It cannot be changed.";
   input.isFilled = !stored.empty();
   if (kind != eInput::Secret) input.value = stored;
   return input;
@@ -69,7 +70,8 @@ bool cFieldForm::TakeTyped(cInput& input, const std::string& stored) {
     case eInput::Secret:
       if (!typed.empty()) input.hint += " What was typed is not shown again: type it once more.";
       input.value = typed;
-      return !typed.empty() || !m_posted(RemovalOf(input.name).c_str()).empty();
+      input.isRemoved = !m_posted(RemovalOf(input.name).c_str()).empty();
+      return !typed.empty() || input.isRemoved;
     case eInput::Number:
       input.value = typed;
       return true;
@@ -138,12 +140,11 @@ cHtml cFieldForm::Control(const cInput& input) {
 cHtml cFieldForm::Remarks(const cInput& input) {
   cHtml html;
   if (input.kind == eInput::Secret && input.isFilled) {
-    const std::string removal = RemovalOf(input.name);
-    html.Put(
-        "<p class=\"hint\" id=\"h-{}\">{} Unchanged when empty.</p>\n"
-        "<label for=\"f-{}\"><input type=\"checkbox\" value=\"true\" id=\"f-{}\" name=\"{}\"> Remove what is "
-        "stored</label>\n",
-        input.name, input.hint, removal, removal, removal);
+    cHtml removal;
+    removal.Put("type=\"checkbox\" value=\"true\" name=\"{}\"", RemovalOf(input.name));
+    if (input.isRemoved) removal.Put(" checked");
+    html.Put("<p class=\"hint\" id=\"h-{}\">{} Unchanged when empty.</p>\n", input.name, input.hint);
+    html.Put("<p class=\"hint\"><label><input {}> Remove what is stored</label></p>\n", removal);
   } else {
     html.Put("<p class=\"hint\" id=\"h-{}\">{}</p>\n", input.name, input.hint);
   }

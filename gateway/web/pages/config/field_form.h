@@ -6,7 +6,7 @@
 //   if (!form.HasFault()) ...
 //   body.Put(form.Inputs());                               // or Facts(), for a visitor who may only look
 //
-// A secret never stands in it: its input is empty, left empty it means that the secret stays.
+// A secret never stands in it: its input is empty, left empty it means that the secret stays unless it is said to go.
 #pragma once
 
 #include <functional>
@@ -64,7 +64,8 @@ class cFieldForm {
     std::string fault;
     std::string present;  // what is stored now, where that is told
     bool isFixed = false;
-    bool isFilled = false;  // of a secret: there is one
+    bool isFilled = false;   // of a secret: there is one
+    bool isRemoved = false;  // and it is to go
   };
 
   template <typename Record>

@@ -105,7 +105,11 @@ void cMeterConfigPage::Erase() {
 }
 
 std::string cMeterConfigPage::GetLoss() const {
-  return "Its " + std::to_string(m_meter.collectors.size()) + " collectors go with it; stored readings stay.";
+  const std::size_t count = m_meter.collectors.size();
+  const std::string collectors = count == 0   ? "It has no collectors"
+                                 : count == 1 ? "Its collector goes with it"
+                                              : "Its " + std::to_string(count) + " collectors go with it";
+  return collectors + "; stored readings stay.";
 }
 
 // ---- what its driver can do

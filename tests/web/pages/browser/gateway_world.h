@@ -94,6 +94,25 @@ class cGatewayWorld : public testing::Test {
     const char* const folder = std::getenv("TAV_SCREENSHOTS");
     m_browser->Screenshot((folder != nullptr ? std::string(folder) + "/" : m_folder.GetPath() + "/") + name + ".png");
   }
+  // What a screen reader finds on the page that is open: labels, headings, names of buttons.
+  void ExpectEverybodyCanUseIt(const std::string& path) {
+    const auto faults = m_browser->Execute(
+        "const faults = [];"
+        "const say = (what, element) => faults.push(what + ': ' + element.outerHTML.slice(0, 120));"
+        "for (const field of document.querySelectorAll('input:not([type=hidden]), select, textarea'))"
+        "  if (!field.labels.length && !field.getAttribute('aria-label')) say('no label', field);"
+        "for (const button of document.querySelectorAll('button, a[href]'))"
+        "  if (!button.textContent.trim() && !button.getAttribute('aria-label')) say('no name', button);"
+        "for (const image of document.querySelectorAll('img, canvas'))"
+        "  if (!image.alt && !image.getAttribute('aria-label')) say('no text', image);"
+        "for (const head of document.querySelectorAll('th')) if (!head.scope) say('no scope', head);"
+        "const ids = [...document.querySelectorAll('[id]')].map(e => e.id);"
+        "if (new Set(ids).size != ids.length) faults.push('an id stands twice: ' + ids);"
+        "if (document.querySelectorAll('h1').length != 1) faults.push('not one h1');"
+        "if (!document.documentElement.lang) faults.push('no language');"
+        "return faults;");
+    EXPECT_EQ(faults.dump(), "[]") << path;
+  }
   void ExpectNothingWrong() {
     EXPECT_THAT(m_browser->ConsoleErrors(), testing::IsEmpty());
     EXPECT_THAT(m_browser->FailedRequests(), testing::IsEmpty());

@@ -185,7 +185,10 @@ class cConfigWorld : public cPagesWorld {
       if (msg.GetType() == db_ctrl::eNotifyDriver) answering(msg);
     };
   }
-  vorn::cRecord LastCommand() const { return m_drivers.back()->messages.back().Record(); }
+  vorn::cRecord LastCommand() const {
+    const auto& messages = m_drivers.back()->messages;
+    return messages.empty() ? vorn::cRecord() : messages.back().Record();
+  }
 
   std::unique_ptr<cRecordingClient> m_data;
   std::list<std::unique_ptr<cRecordingClient>> m_drivers;

@@ -93,6 +93,7 @@ TEST(FieldForm, LeavesWhatCannotBeChanged) {
   cFieldForm form = Typed({{"name", "other"}, {"options", "b=2"}});
   form.Edit(interface, form::kInterfaceFields, {.fixed = {"name"}});
   EXPECT_EQ(interface.name, "SIM");
+  EXPECT_THAT(form.Inputs().GetText(), HasSubstr("or SIM. It cannot be changed.</p>"));
   EXPECT_EQ(interface.options, "b=2");
   EXPECT_FALSE(interface.enabled) << "a box that is not ticked is not sent";
 }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <gateway/web/pages/config/list_pages.h>
 
+#include <gateway/service/data/config/config_limits.h>
 #include <tests/web/pages/config/config_world.h>
 
 namespace tav::pages {
@@ -57,6 +58,28 @@ TEST_F(ListPages, OfferAViewerNothingNew) {
     EXPECT_EQ(page.Status(), 200u);
     EXPECT_THAT(page.body, Not(HasSubstr(link)));
   }
+}
+
+// As many meters as the service keeps, each with long options and some collectors.
+TEST_F(ListPages, ShowAFullGateway) {
+  Set(cInterfaceRecord("SIM", "", true));
+  vorn::cRecord all;
+  for (unsigned int i = 0; i < data::kMaxMeters; ++i) {
+    cMeterConfig meter = Meter("meter-" + std::to_string(i));
+    meter.interfaceOptions = std::string(500, 'o');
+    meter.collectors = {Collector("1"), Collector("2"), Collector("3")};
+    all.AppendRecordPar(db_ctrl::kMeterConfigRecord, meter.ToRecord());
+  }
+  all.AppendBoolPar(db_ctrl::kReplace, false);
+  ASSERT_EQ(AskData(db_ctrl::eApplyConfig, all).GetType(), db_ctrl::eApplyConfig + 1);
+  for (const char* path : {"/meter-configs", "/interface?name=SIM"}) {
+    const cAnswer page = Open(path);
+    EXPECT_TRUE(page.isWhole) << path;
+    for (const char* id : {"meter-0", "meter-1023"}) EXPECT_THAT(page.body, HasSubstr(std::string(">") + id + "</a>"));
+  }
+  EXPECT_THAT(Open("/meter-config?id=meter-1023").body, HasSubstr("<h1>Meter meter-1023</h1>"));
+  EXPECT_THAT(Submit(FormAt("/meter-config").Set("meterID", "one more").Set("interface-name", "SIM")).body,
+              HasSubstr("at most 1024 meters are kept"));
 }
 
 }  // namespace

@@ -222,6 +222,24 @@ TEST_F(MeterConfigPage, SaysWhyADriverDidNothing) {
   EXPECT_THAT(Submit(FormAt(kUrl, "valve")).body, HasSubstr("no driver serves protocol &#39;PIGEON&#39;"));
 }
 
+TEST_F(MeterConfigPage, ADriverMayTakeLongerThanAService) {
+  HaveMeter();
+  HaveDriver("ehzif", "");
+  m_drivers.back()->onMessage = nullptr;
+  const auto clock = std::make_shared<vorn::cManualClock>();
+  StartPages(clock);
+  Enter();
+  const cShownForm form = FormAt(kUrl, "valve");
+  const vorn::cUuid id = Send(MakeRequest("POST", form.path, form.query, form.fields));
+  ASSERT_TRUE(Await([&] { return LastCommand().GetTextPar(db_ctrl::kCommand) == "set-valve"; }));
+  clock->Advance((cMeterConfigPage::kDriverPatience - 1) * 1000);
+  PollUntilIdle(*m_pages);
+  EXPECT_FALSE(m_answers[id].isFinished);
+  clock->Advance(2000);
+  ASSERT_TRUE(Await([&] { return m_answers[id].isFinished; }));
+  EXPECT_EQ(m_answers[id].Status(), 504u);
+}
+
 TEST_F(MeterConfigPage, AnActionDoesNotTouchTheSettings) {
   HaveMeter();
   const cMeterConfig before = Meters()[0];

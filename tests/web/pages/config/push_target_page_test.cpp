@@ -40,7 +40,9 @@ TEST_F(PushTargetPage, KeepsChangesAndRemovesThePassword) {
   EXPECT_EQ(Targets()[0].GetURL(), std::string("https://me:") + kSecret + "@other.example/in");
   Submit(FormAt(kUrl).Set("password", "changed"));
   EXPECT_EQ(Targets()[0].password, "changed");
-  Submit(FormAt(kUrl).Set("password.remove", "true"));
+  const cAnswer refused = Submit(FormAt(kUrl).Set("password.remove", "true").Set("collect", "51"));
+  EXPECT_EQ(Targets()[0].password, "changed");
+  EXPECT_EQ(Submit(FormOf(refused, "save").Set("collect", "50")).Status(), 303u);
   EXPECT_EQ(Targets()[0].password, "");
 }
 

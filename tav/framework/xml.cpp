@@ -7,6 +7,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <fstream>
 #include <pugixml.hpp>
 
 #include <tav/framework/helper.h>
@@ -73,6 +74,16 @@ int CodeOf(const pugi::xml_parse_result& result) {
     default:
       return eXmlSyntax;
   }
+}
+
+// 0 where the offset is of no use: it counts in UTF-8, whatever the file is written in.
+int LineOf(const char* file, const pugi::xml_parse_result& result) {
+  if (CodeOf(result) != eXmlSyntax || result.encoding != pugi::encoding_utf8) return 0;
+  std::ifstream in(file, std::ios::binary);
+  int line = 1;
+  char letter = 0;
+  for (std::ptrdiff_t at = 0; at < result.offset && in.get(letter); ++at) line += letter == '\n' ? 1 : 0;
+  return line;
 }
 
 // ---- records to XML
@@ -333,7 +344,7 @@ XMLNode XMLNode::parseFile(const char* file, const char* tag, XMLResults* result
   const int code = file != nullptr ? CodeOf(parsed) : static_cast<int>(eXmlNoFile);
   if (results != nullptr) {
     results->error = code;
-    results->line = 0;
+    results->line = file != nullptr ? LineOf(file, parsed) : 0;
   }
   if (code != eXmlOk) return {};
   XMLNode found;

@@ -228,6 +228,24 @@ TEST_F(Xml, ReadingAFileThatIsNoneOrBrokenTellsWhy) {
   XMLNode::parseFile(directory.File("42.mt").c_str(), nullptr, nullptr);
 }
 
+TEST_F(Xml, ReadingABrokenFileTellsTheLine) {
+  const std::pair<std::string, int> cases[] = {
+      {"<a/>", 0},
+      {"<a><b></a>", 1},
+      {"<a>\n<b></a>", 2},
+      {"<a>\n\n<b>\n</c>\n</b>\n</a>\n", 4},
+  };
+  for (const auto& [text, line] : cases) {
+    Write(text);
+    XMLResults results;
+    XMLNode::parseFile(directory.File("42.mt").c_str(), nullptr, &results);
+    EXPECT_EQ(results.line, line) << text;
+  }
+  XMLResults results;
+  XMLNode::parseFile(directory.File("none").c_str(), nullptr, &results);
+  EXPECT_EQ(results.line, 0);
+}
+
 TEST(XmlNode, ANodeThatIsNoneAnswersEverything) {
   const XMLNode none;
   EXPECT_TRUE(none.isEmpty());

@@ -7,7 +7,9 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <cstdint>
 #include <functional>
+#include <iterator>
 #include <list>
 #include <map>
 #include <memory>
@@ -93,6 +95,15 @@ class cPagesWorld : public testing::Test {
              clients.gsm.IsConnected();
     }));
   }
+  // Ends one of the gateway's services, as when its process has died.
+  void EndService(const std::string& name) {
+    std::size_t number = 0;
+    for (const gateway::cServiceKind& kind : gateway::GetServiceKinds()) {
+      if (std::string_view(kind.name) == "web") continue;
+      if (kind.name == name) std::next(m_services.begin(), static_cast<std::ptrdiff_t>(number))->reset();
+      ++number;
+    }
+  }
   bool Await(const std::function<bool()>& condition) {
     return PollUntil(*m_pages, [&] {
       while (m_gateway->Poll(0)) {
@@ -115,6 +126,27 @@ class cPagesWorld : public testing::Test {
     ASSERT_TRUE(PollUntil(*m_gateway, [&] { return driver.IsConnected(); }));
     ASSERT_EQ(driver.Send(msg), 1);
     ASSERT_TRUE(PollUntil(*m_gateway, [&] { return isStored; }));
+  }
+
+  // A number of the data service, such as "results": those that it holds for somebody.
+  std::uint64_t Statistic(const std::string& name) {
+    cRecordingClient client(m_gateway.get(), "data");
+    if (!PollUntil(*m_gateway, [&] { return client.IsConnected(); })) return UINT64_MAX;
+    client.Send(vorn::cMsg(db_ctrl::eGetStatistics));
+    if (!PollUntil(*m_gateway, [&] { return !client.messages.empty(); })) return UINT64_MAX;
+    for (vorn::cRecordPar par = client.messages[0].Record().GetPar(db_ctrl::kRow); par.IsValid();
+         par = par.NextSame()) {
+      vorn::cRecord row;
+      if (par.GetRecord(row) && row.GetTextPar("name") == name) return row.GetUInt64Par("value");
+    }
+    return UINT64_MAX;
+  }
+  // The client of a request has gone.
+  void Lose(const vorn::cUuid& id) {
+    vorn::cMsg lost(http::eOutputLost);
+    lost.SetId(id);
+    lost.Record().AppendTextPar(http::kReason, "the client is gone");
+    m_front->GetChannels().at(0)->Send(lost);
   }
 
   // ---- the visitor

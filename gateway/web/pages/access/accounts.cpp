@@ -8,6 +8,7 @@
 #include <nlohmann/json.hpp>
 #include <sstream>
 
+#include <gateway/form/utf8.h>
 #include <gateway/host/private_file.h>
 #include <gateway/web/pages/access/password_hash.h>
 
@@ -47,6 +48,13 @@ void FromJson(const cJson& document, std::vector<cAccount>& accounts, std::vecto
   for (const cJson& entry : document.at("tokens"))
     tokens.push_back(
         {entry.at("id").get<std::string>(), entry.at("note").get<std::string>(), entry.at("hash").get<std::string>()});
+}
+
+bool HasAdmin(const std::vector<cAccount>& accounts, std::string& error) {
+  if (std::any_of(accounts.begin(), accounts.end(), [](const cAccount& a) { return a.role == eRole::Admin; }))
+    return true;
+  error = "There has to be an account that may change things.";
+  return false;
 }
 
 template <typename Entries>
@@ -90,7 +98,8 @@ const cAccount* cAccounts::Find(const std::string& name) const {
 }
 
 bool cAccounts::Save(const std::vector<cAccount>& accounts, const std::vector<cToken>& tokens, std::string& error) {
-  error = gateway::ReplacePrivateFile(m_file, ToJson(accounts, tokens).dump(1) + "\n");
+  error = gateway::ReplacePrivateFile(
+      m_file, ToJson(accounts, tokens).dump(1, ' ', false, cJson::error_handler_t::replace) + "\n");
   if (!error.empty()) return false;
   m_accounts = accounts;
   m_tokens = tokens;
@@ -115,7 +124,7 @@ bool cAccounts::Set(const std::string& name, eRole role, const std::string& pass
     error = "There are " + std::to_string(kMaxAccounts) + " accounts: remove one first.";
     return false;
   }
-  return Save(accounts, m_tokens, error);
+  return HasAdmin(accounts, error) && Save(accounts, m_tokens, error);
 }
 
 bool cAccounts::Remove(const std::string& name, std::string& error) {
@@ -126,14 +135,11 @@ bool cAccounts::Remove(const std::string& name, std::string& error) {
     return false;
   }
   accounts.erase(at);
-  if (std::none_of(accounts.begin(), accounts.end(), [](const cAccount& a) { return a.role == eRole::Admin; })) {
-    error = "The last account that may change things stays.";
-    return false;
-  }
-  return Save(accounts, m_tokens, error);
+  return HasAdmin(accounts, error) && Save(accounts, m_tokens, error);
 }
 
-bool cAccounts::AddToken(const std::string& note, std::string& token, std::string& error) {
+bool cAccounts::AddToken(const std::string& given, std::string& token, std::string& error) {
+  const std::string note = form::ToUtf8(given);
   if (note.empty() || note.size() > kMaxName) {
     error = "Say in 1 to " + std::to_string(kMaxName) + " characters what the token is for.";
     return false;

@@ -40,8 +40,8 @@ class cAccounts {
   const cAccount* Find(const std::string& name) const;
 
   // ---- changes; false, and in error why, when it could not be written: then nothing has changed
+  // There is always an account that may change things: the last one keeps its role and is not removed.
   bool Set(const std::string& name, eRole role, const std::string& password, std::string& error);
-  // The last account that may change things stays.
   bool Remove(const std::string& name, std::string& error);
   // The token is told this once.
   bool AddToken(const std::string& note, std::string& token, std::string& error);

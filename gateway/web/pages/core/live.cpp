@@ -5,6 +5,7 @@
 #include <nlohmann/json.hpp>
 
 #include <gateway/form/json.h>
+#include <gateway/form/utf8.h>
 #include <gateway/web/pages/core/show.h>
 #include <tav/service/db_ctrl_protocol.h>
 #include <tav/service/db_ctrl_request.h>
@@ -85,12 +86,12 @@ void cLive::TakeValues(const vorn::cRecord& answer) {
 void cLive::TakeStatus() {
   const auto& values = m_gateway.status.GetAllValues();
   for (const auto& [name, value] : values)
-    Note(m_status, name, value, MakeEvent("status", {{"key", name}, {"text", value}}));
+    Note(m_status, name, value, MakeEvent("status", {{"key", form::ToUtf8(name)}, {"text", form::ToUtf8(value)}}));
   for (auto at = m_status.begin(); at != m_status.end();)
     if (values.Contains(at->first)) {
       ++at;
     } else {
-      m_news += MakeEvent("status", {{"key", at->first}, {"text", ""}});
+      m_news += MakeEvent("status", {{"key", form::ToUtf8(at->first)}, {"text", ""}});
       at = m_status.erase(at);
     }
 }

@@ -26,12 +26,17 @@ vorn::cMsg MakeRegistration() {
 
 }  // namespace
 
-cPageProcess::cFrontEnd::cFrontEnd(vorn::cScmService* service)
-    : cHttpIO(service, std::string(http::kProtocol.GetService()), nullptr) {}
+cPageProcess::cFrontEnd::cFrontEnd(vorn::cScmService* service, std::function<void()> onClose)
+    : cHttpIO(service, std::string(http::kProtocol.GetService()), nullptr), m_onClose(std::move(onClose)) {}
 
 void cPageProcess::cFrontEnd::OnConnect() {
   cHttpIO::OnConnect();
   Send(MakeRegistration());
+}
+
+void cPageProcess::cFrontEnd::OnClose() {
+  cHttpIO::OnClose();
+  m_onClose();
 }
 
 cPageProcess::cPageProcess(const std::string& directory, const cAccess::cOptions& options,
@@ -41,7 +46,7 @@ cPageProcess::cPageProcess(const std::string& directory, const cAccess::cOptions
       m_access(this, options, [this](const vorn::cUuid& sid) { EndLogin(sid); }),
       m_live(this, m_gateway),
       m_gate(this, m_gateway, m_access, m_live),
-      m_frontEnd(this),
+      m_frontEnd(this, [this] { EndRuns(); }),
       m_publisher(this),
       m_publish(this, [this] { Publish(); }) {
   m_publisher.AddSource("pages", [this](gateway::cStatusValues& values) {
@@ -115,7 +120,12 @@ void cPageProcess::GiveBack(const vorn::cMsg& msg) {
 // What a login has open ends with it.
 void cPageProcess::EndLogin(const vorn::cUuid& sid) {
   for (const auto& [own, run] : m_runs)
-    if (run.page->GetVisitor().sid == sid) run.page->EndWithLogin();
+    if (run.page->GetVisitor().sid == sid) run.page->Abandon();
+}
+
+void cPageProcess::EndRuns() {
+  for (const auto& [own, run] : m_runs) run.page->Abandon();
+  Sweep();
 }
 
 void cPageProcess::Publish() {

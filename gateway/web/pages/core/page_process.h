@@ -3,6 +3,7 @@
 // session and a page of its own, and brings answers of services to the page that waits for them.
 #pragma once
 
+#include <functional>
 #include <map>
 #include <memory>
 #include <string>
@@ -40,8 +41,12 @@ class cPageProcess : public gateway::cServiceHost {
   // The front end forgets a process whose channel closes: it is told again whenever the channel is up.
   class cFrontEnd final : public cHttpIO {
    public:
-    explicit cFrontEnd(vorn::cScmService* service);
+    cFrontEnd(vorn::cScmService* service, std::function<void()> onClose);
     void OnConnect() override;
+    void OnClose() override;
+
+   private:
+    std::function<void()> m_onClose;
   };
 
   // One request at work.
@@ -54,6 +59,8 @@ class cPageProcess : public gateway::cServiceHost {
   void StartRun(vorn::cMsg& msg);
   void GiveBack(const vorn::cMsg& msg);
   void EndLogin(const vorn::cUuid& sid);
+  // Nobody waits any more for what runs.
+  void EndRuns();
   void Sweep();
   void Publish();
 

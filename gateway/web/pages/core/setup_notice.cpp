@@ -16,6 +16,7 @@ cSetupNotice::cSetupNotice(cPageProcess& process, std::function<void(const std::
 }
 
 void cSetupNotice::Look() {
+  if (!m_process.GetAccess().NeedsSetup()) return;
   std::string address;
   const bool isKnown = m_process.GetGateway().status.Get(kAddress, address);
   if (!isKnown && ++m_looks < kLooks) return m_look.Start(kLookMs);

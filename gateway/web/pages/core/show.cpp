@@ -2,6 +2,7 @@
 #include <gateway/web/pages/core/show.h>
 
 #include <ctime>
+#include <string_view>
 
 #include <gateway/form/utf8.h>
 #include <tav/framework/time.h>
@@ -9,6 +10,13 @@
 #include <tav/service/db_ctrl_protocol.h>
 
 namespace tav::pages {
+
+namespace {
+
+// What the library says of an identifier that no rule names.
+constexpr std::string_view kNoName = "unknown";
+
+}  // namespace
 
 cShownValue::cShownValue(const vorn::cRecord& row)
     : meterId(row.GetTextPar(db_ctrl::kMeterId)),
@@ -36,7 +44,7 @@ cHtml TimeElement(unsigned int utc) {
 
 std::string ObisText(const std::string& obisId, const cObisMap& map) {
   const std::string name = cMeterTav::ObisName(obisId, map);
-  return name.empty() ? obisId : name;
+  return name == kNoName ? obisId : name;
 }
 
 }  // namespace tav::pages

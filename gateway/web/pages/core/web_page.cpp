@@ -42,7 +42,7 @@ bool cWebPage::OnMessage(vorn::cMsg& msg) {
   return !m_finished;
 }
 
-void cWebPage::EndWithLogin() {
+void cWebPage::Abandon() {
   if (m_finished) return;
   OnGone();
   Break();
@@ -52,7 +52,7 @@ void cWebPage::EndWithLogin() {
 
 void cWebPage::Await(const cProtocol& protocol, unsigned int request, bool sent, Next next, Refused refused) {
   m_service = protocol.GetService();
-  if (!sent) return ShowError(503, "The service \"" + m_service + "\" is away. Try again in a moment.");
+  if (!sent) return OnUnanswered(503, "The service \"" + m_service + "\" is away. Try again in a moment.");
   m_awaited = protocol.Find(request);
   m_next = std::move(next);
   m_refused = std::move(refused);
@@ -85,7 +85,8 @@ void cWebPage::TakeAnswer(const vorn::cMsg& msg) {
 void cWebPage::OnTimeout() {
   if (m_awaited == nullptr) return;
   m_awaited = nullptr;
-  ShowError(504, "The service \"" + m_service + "\" does not answer.");
+  OnGone();  // what it may still hold for this page is not waited for
+  OnUnanswered(504, "The service \"" + m_service + "\" does not answer.");
 }
 
 // ---- what the visitor sent

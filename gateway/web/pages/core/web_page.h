@@ -42,8 +42,8 @@ class cWebPage : public cHttpPage {
   // Nothing more comes of it.
   bool IsFinished() const { return m_finished; }
   const cVisitor& GetVisitor() const { return m_context.visitor; }
-  // The visitor's login has ended: what is still to come is not for him.
-  void EndWithLogin();
+  // The visitor's login has ended, or nobody is there any more: what is still to come is for nobody.
+  void Abandon();
 
  protected:
   using Next = std::function<void(const vorn::cRecord& answer)>;
@@ -54,6 +54,8 @@ class cWebPage : public cHttpPage {
   virtual void OnPassed() {}
   // The client is gone, or the page's login has ended: nothing that is put out reaches anybody.
   virtual void OnGone() {}
+  // The service that was asked is away (503) or silent (504): what the page would answer, and why.
+  virtual void OnUnanswered(unsigned int status, const std::string& text) { ShowError(status, text); }
 
   // ---- asking services
   // Under this identifier: the request's own.
@@ -61,8 +63,8 @@ class cWebPage : public cHttpPage {
   cGatewayClients& Gateway() { return m_context.gateway; }
   cAccess& Access() { return m_context.access; }
   cLive& Live() { return m_context.live; }
-  // Waits for the answer to a request of the protocol. sent: what sending it gave. Without refused a refusal, and with
-  // or without it a service that is away or silent, ends the page with an error that says so.
+  // Waits for the answer to a request of the protocol. sent: what sending it gave. Without refused a refusal ends the
+  // page with an error that says so; with or without it a service that is away or silent is told to OnUnanswered.
   void Await(const cProtocol& protocol, unsigned int request, bool sent, Next next, Refused refused = {});
   // Sends a request that no client has a call for, and waits likewise.
   void Ask(vorn::cScmServiceIO& client, const cProtocol& protocol, unsigned int request, const vorn::cRecord& record,

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <iterator>
 
 #include <gateway/web/pages/view/value_export.h>
 
@@ -18,14 +19,18 @@ void cCurve::Add(unsigned int utc, const std::string& value) {
   if (m_points.size() >= kMaxPoints) Thin();
   const std::string json = JsonValue(value);
   const bool isNumber = !json.empty() && json[0] != '"';
-  m_points.push_back({utc, isNumber ? json : "null", isNumber ? std::strtod(json.c_str(), nullptr) : 0});
+  m_points.push_back({utc, isNumber ? json : "null", isNumber ? std::strtod(json.c_str(), nullptr) : 0, !isNumber});
 }
 
 void cCurve::Thin() {
   std::vector<cPoint> kept;
   for (std::size_t at = 0; at < m_points.size(); at += kLot) {
-    const auto begin = m_points.begin() + static_cast<std::ptrdiff_t>(at);
-    const auto end = m_points.begin() + static_cast<std::ptrdiff_t>(std::min(at + kLot, m_points.size()));
+    const auto first = m_points.begin() + static_cast<std::ptrdiff_t>(at);
+    const auto last = m_points.begin() + static_cast<std::ptrdiff_t>(std::min(at + kLot, m_points.size()));
+    // A gap has no height: it stays where there is nothing else, and never in the place of a peak.
+    const auto numbers = std::stable_partition(first, last, [](const cPoint& point) { return !point.isGap; });
+    const auto begin = first;
+    const auto end = numbers != first ? numbers : std::next(first);
     auto [low, high] =
         std::minmax_element(begin, end, [](const cPoint& a, const cPoint& b) { return a.height < b.height; });
     if (high < low) std::swap(low, high);

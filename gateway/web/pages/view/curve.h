@@ -23,6 +23,7 @@ class cCurve {
     unsigned int utc;
     std::string text;  // JSON, exact
     double height;     // to compare with
+    bool isGap;
   };
 
   void Thin();

@@ -29,7 +29,8 @@ std::size_t RankOf(const std::string& obisId) {
 }  // namespace
 
 cMeterState StateOf(const cMeterStatus& meter, unsigned int now) {
-  if (meter.GetLastReplyReceived() + kSilentSeconds < now) return {"silent", "warn"};
+  const unsigned int heard = meter.GetLastReplyReceived();
+  if (heard < now && now - heard > kSilentSeconds) return {"silent", "warn"};
   const std::string& status = meter.GetStatus();
   if (status.empty() || status == "ok" || status == "OK") return {"ok", "ok"};
   return {status, "bad"};
@@ -42,8 +43,10 @@ cHtml StateMark(const cMeterState& state) {
 }
 
 void cOverviewPage::Start() {
+  cDbCtrlRequest everyMeter;
+  everyMeter.m_maxLen = 0;
   ReadMeterStatus(
-      {},
+      everyMeter,
       [this](const vorn::cRecord& row) {
         cMeterStatus meter;
         if (meter.FromRecord(row) && meter.IsValid()) m_meters.push_back(meter);

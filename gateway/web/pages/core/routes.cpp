@@ -2,6 +2,10 @@
 #include <gateway/web/pages/core/routes.h>
 
 #include <gateway/web/pages/access/login_page.h>
+#include <gateway/web/pages/config/rule_page.h>
+#include <gateway/web/pages/config/rule_text_pages.h>
+#include <gateway/web/pages/config/rule_why_page.h>
+#include <gateway/web/pages/config/rules_page.h>
 #include <gateway/web/pages/view/download_page.h>
 #include <gateway/web/pages/view/live_page.h>
 #include <gateway/web/pages/view/meter_page.h>
@@ -20,14 +24,19 @@ std::unique_ptr<cWebPage> Make(const cPageContext& context) {
 // Names of fields as programs see them in an address stand in docs/web.md.
 // clang-format off
 constexpr cRoute kRoutes[] = {
-    {"/",           "Meters", eRole::Viewer, eSender::None,   Make<cOverviewPage>},
-    {"/meter",      "",       eRole::Viewer, eSender::None,   Make<cMeterPage>},
-    {"/live",       "",       eRole::Viewer, eSender::None,   Make<cLivePage>,     true},
-    {"/download",   "",       eRole::Viewer, eSender::None,   Make<cDownloadPage>, true},
-    {"/api/series", "",       eRole::Viewer, eSender::None,   Make<cSeriesPage>,   true},
-    {"/setup",      "",       eRole::Nobody, eSender::Anyone, Make<cSetupPage>},
-    {"/login",      "",       eRole::Nobody, eSender::Anyone, Make<cLoginPage>},
-    {"/logout",     "",       eRole::Viewer, eSender::Viewer, Make<cLogoutPage>},
+    {"/",                "Meters",     eRole::Viewer, eSender::None,   Make<cOverviewPage>},
+    {"/meter",           "",           eRole::Viewer, eSender::None,   Make<cMeterPage>},
+    {"/live",            "",           eRole::Viewer, eSender::None,   Make<cLivePage>,          true},
+    {"/download",        "",           eRole::Viewer, eSender::None,   Make<cDownloadPage>,      true},
+    {"/api/series",      "",           eRole::Viewer, eSender::None,   Make<cSeriesPage>,        true},
+    {"/rules",           "OBIS rules", eRole::Viewer, eSender::None,   Make<cRulesPage>},
+    {"/rule",            "",           eRole::Viewer, eSender::Admin,  Make<cRulePage>},
+    {"/rules/why",       "",           eRole::Viewer, eSender::None,   Make<cRuleWhyPage>},
+    {"/rules/lint",      "",           eRole::Viewer, eSender::None,   Make<cRuleLintPage>,      true},
+    {"/rules/download",  "",           eRole::Viewer, eSender::None,   Make<cRulesDownloadPage>, true},
+    {"/setup",           "",           eRole::Nobody, eSender::Anyone, Make<cSetupPage>},
+    {"/login",           "",           eRole::Nobody, eSender::Anyone, Make<cLoginPage>},
+    {"/logout",          "",           eRole::Viewer, eSender::Viewer, Make<cLogoutPage>},
 };
 // clang-format on
 

@@ -11,6 +11,7 @@
 #include <gateway/web/pages/view/meter_page.h>
 #include <gateway/web/pages/view/overview_page.h>
 #include <gateway/web/pages/view/series_page.h>
+#include <gateway/web/pages/view/status_page.h>
 
 namespace tav::pages {
 
@@ -34,6 +35,7 @@ constexpr cRoute kRoutes[] = {
     {"/rules/why",       "",           eRole::Viewer, eSender::None,   Make<cRuleWhyPage>},
     {"/rules/lint",      "",           eRole::Viewer, eSender::None,   Make<cRuleLintPage>,      true},
     {"/rules/download",  "",           eRole::Viewer, eSender::None,   Make<cRulesDownloadPage>, true},
+    {"/status",          "Status",     eRole::Viewer, eSender::None,   Make<cStatusPage>},
     {"/setup",           "",           eRole::Nobody, eSender::Anyone, Make<cSetupPage>},
     {"/login",           "",           eRole::Nobody, eSender::Anyone, Make<cLoginPage>},
     {"/logout",          "",           eRole::Viewer, eSender::Viewer, Make<cLogoutPage>},

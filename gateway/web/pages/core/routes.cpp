@@ -6,6 +6,7 @@
 #include <gateway/web/pages/config/rule_text_pages.h>
 #include <gateway/web/pages/config/rule_why_page.h>
 #include <gateway/web/pages/config/rules_page.h>
+#include <gateway/web/pages/view/devices_page.h>
 #include <gateway/web/pages/view/download_page.h>
 #include <gateway/web/pages/view/live_page.h>
 #include <gateway/web/pages/view/meter_page.h>
@@ -36,6 +37,7 @@ constexpr cRoute kRoutes[] = {
     {"/rules/lint",      "",           eRole::Viewer, eSender::None,   Make<cRuleLintPage>,      true},
     {"/rules/download",  "",           eRole::Viewer, eSender::None,   Make<cRulesDownloadPage>, true},
     {"/status",          "Status",     eRole::Viewer, eSender::None,   Make<cStatusPage>},
+    {"/devices",         "Devices",    eRole::Viewer, eSender::Admin,  Make<cDevicesPage>},
     {"/setup",           "",           eRole::Nobody, eSender::Anyone, Make<cSetupPage>},
     {"/login",           "",           eRole::Nobody, eSender::Anyone, Make<cLoginPage>},
     {"/logout",          "",           eRole::Viewer, eSender::Viewer, Make<cLogoutPage>},

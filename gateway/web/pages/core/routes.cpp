@@ -9,6 +9,7 @@
 #include <gateway/web/pages/view/devices_page.h>
 #include <gateway/web/pages/view/download_page.h>
 #include <gateway/web/pages/view/events_page.h>
+#include <gateway/web/pages/view/firmware_page.h>
 #include <gateway/web/pages/view/live_page.h>
 #include <gateway/web/pages/view/meter_page.h>
 #include <gateway/web/pages/view/overview_page.h>
@@ -40,6 +41,7 @@ constexpr cRoute kRoutes[] = {
     {"/status",          "Status",     eRole::Viewer, eSender::None,   Make<cStatusPage>},
     {"/devices",         "Devices",    eRole::Viewer, eSender::Admin,  Make<cDevicesPage>},
     {"/events",          "Events",     eRole::Viewer, eSender::None,   Make<cEventsPage>},
+    {"/firmware",        "Firmware",   eRole::Viewer, eSender::Admin,  Make<cFirmwarePage>},
     {"/setup",           "",           eRole::Nobody, eSender::Anyone, Make<cSetupPage>},
     {"/login",           "",           eRole::Nobody, eSender::Anyone, Make<cLoginPage>},
     {"/logout",          "",           eRole::Viewer, eSender::Viewer, Make<cLogoutPage>},

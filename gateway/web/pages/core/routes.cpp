@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <gateway/web/pages/core/routes.h>
 
+#include <gateway/web/pages/access/access_page.h>
 #include <gateway/web/pages/access/login_page.h>
 #include <gateway/web/pages/config/rule_page.h>
 #include <gateway/web/pages/config/rule_text_pages.h>
@@ -42,6 +43,9 @@ constexpr cRoute kRoutes[] = {
     {"/devices",         "Devices",    eRole::Viewer, eSender::Admin,  Make<cDevicesPage>},
     {"/events",          "Events",     eRole::Viewer, eSender::None,   Make<cEventsPage>},
     {"/firmware",        "Firmware",   eRole::Viewer, eSender::Admin,  Make<cFirmwarePage>},
+    {"/access",          "Access",     eRole::Viewer, eSender::Viewer, Make<cAccessPage>},
+    {"/access/accounts", "",           eRole::Admin,  eSender::Admin,  Make<cAccountsPage>},
+    {"/access/tokens",   "",           eRole::Admin,  eSender::Admin,  Make<cTokensPage>},
     {"/setup",           "",           eRole::Nobody, eSender::Anyone, Make<cSetupPage>},
     {"/login",           "",           eRole::Nobody, eSender::Anyone, Make<cLoginPage>},
     {"/logout",          "",           eRole::Viewer, eSender::Viewer, Make<cLogoutPage>},

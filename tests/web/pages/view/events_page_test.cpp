@@ -35,6 +35,19 @@ class EventsPage : public cPagesWorld {
     ASSERT_EQ(client.Send(msg), 1);
     ASSERT_TRUE(PollUntil(*m_gateway, [&] { return isStored; }));
   }
+  // Moves the events that have come so far to earlier times.
+  void MoveBack(const std::string& seconds) {
+    cRecordingClient client(m_gateway.get(), "data");
+    ASSERT_TRUE(PollUntil(*m_gateway, [&] { return client.IsConnected(); }));
+    vorn::cMsg msg(db_ctrl::eSqlExec);
+    msg.Record().AppendTextPar(db_ctrl::kDb, "");
+    msg.Record().AppendTextPar(db_ctrl::kSql, "UPDATE event SET time = time - " + seconds);
+    msg.Record().AppendUIntPar(db_ctrl::kOptions, kWrite);
+    ASSERT_EQ(client.Send(msg), 1);
+    ASSERT_TRUE(PollUntil(*m_gateway, [&] { return !client.messages.empty(); }));
+    ASSERT_EQ(client.messages[0].GetType(), db_ctrl::eSqlExec + 1) << client.messages[0].ToString();
+  }
+  static constexpr unsigned int kWrite = 1;  // of the options of an SQL statement
   // The kinds that a page shows, from the top.
   static std::vector<std::string> Kinds(const std::string& body) {
     std::vector<std::string> kinds;
@@ -97,6 +110,31 @@ TEST_F(EventsPage, TheLinksLeadToEveryEventOnce) {
   } while (!query.empty() && all.size() <= kCount);
   ASSERT_EQ(all.size(), kCount);
   for (std::size_t i = 0; i < kCount; ++i) EXPECT_EQ(all[i], "tick" + std::to_string(kCount - 1 - i));
+}
+
+TEST_F(EventsPage, FindsWhatIsLongAgo) {
+  Enter();
+  StoreEvents(1, "decades");
+  MoveBack("1000000000");
+  StoreEvents(1, "month");
+  MoveBack("2600000");
+  StoreEvents(1, "hours");
+  MoveBack("7200");
+  StoreEvents(1, "now");
+  EXPECT_THAT(Kinds(Get("/events").body), testing::ElementsAre("now0", "hours0", "month0", "decades0"));
+  EXPECT_THAT(Kinds(Get("/events", {{"to", "-1h"}}).body), testing::ElementsAre("hours0", "month0", "decades0"));
+  EXPECT_THAT(Kinds(Get("/events", {{"from", "-60d"}, {"to", "-1d"}}).body), testing::ElementsAre("month0"));
+}
+
+TEST_F(EventsPage, TheLinksGoOnWhereEventsAreFarApart) {
+  Enter();
+  StoreEvents(cEventsPage::kEvents, "old");
+  MoveBack("100000");
+  StoreEvents(3, "new");
+  const std::string first = Get("/events").body;
+  EXPECT_EQ(Kinds(first).size(), cEventsPage::kEvents);
+  EXPECT_EQ(Kinds(first).back(), "old3");
+  EXPECT_THAT(Kinds(Get("/events", OlderQuery(first)).body), testing::ElementsAre("old2", "old1", "old0"));
 }
 
 TEST_F(EventsPage, ShowsARangeOfTime) {

@@ -73,6 +73,34 @@ const cVisitor* cAccess::LogIn(const std::string& name, const std::string& passw
   return nullptr;
 }
 
+// ---- changes
+
+bool cAccess::ChangePassword(const cVisitor& visitor, const std::string& old, const std::string& fresh,
+                             const std::string& address, std::string& error, unsigned int& waitSec) {
+  if (MustWait(address, error, waitSec)) return false;
+  const cAccount* const account = accounts.Find(visitor.name);
+  if (!FitsPassword(old, account != nullptr ? account->hash : std::string())) {
+    m_delay.Failed(address);
+    error = "The old password is wrong.";
+    return false;
+  }
+  m_delay.Succeeded(address);
+  return SetAccount(visitor.name, account->role, fresh, visitor.sid, error);
+}
+
+bool cAccess::SetAccount(const std::string& name, eRole role, const std::string& password, const vorn::cUuid& but,
+                         std::string& error) {
+  if (!accounts.Set(name, role, password, error)) return false;
+  logins.EndAll(name, but);
+  return true;
+}
+
+bool cAccess::RemoveAccount(const std::string& name, const vorn::cUuid& but, std::string& error) {
+  if (!accounts.Remove(name, error)) return false;
+  logins.EndAll(name, but);
+  return true;
+}
+
 std::string SessionCookie(const vorn::cUuid& sid, bool isSecure) {
   return std::string("Set-Cookie: ") + cLogins::kCookie + "=" + sid.ToString() + "; Path=/; HttpOnly; SameSite=Strict" +
          (isSecure ? "; Secure" : "");

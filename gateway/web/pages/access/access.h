@@ -40,6 +40,16 @@ class cAccess {
   const cVisitor* LogIn(const std::string& name, const std::string& password, const std::string& address,
                         std::string& error, unsigned int& waitSec);
 
+  // ---- changes of accounts, each of which ends the logins of that account, but for the login of whoever makes the
+  // change: he is to hear of it. False, and in error why, when nothing has changed.
+  // By the account's own user, who shows that he is it by the old password: guessing waits as at a login.
+  bool ChangePassword(const cVisitor& visitor, const std::string& old, const std::string& fresh,
+                      const std::string& address, std::string& error, unsigned int& waitSec);
+  // An account that is there or a new one, by an administrator.
+  bool SetAccount(const std::string& name, eRole role, const std::string& password, const vorn::cUuid& but,
+                  std::string& error);
+  bool RemoveAccount(const std::string& name, const vorn::cUuid& but, std::string& error);
+
   static constexpr const char* kFirstAccount = "admin";
 
   cAccounts accounts;

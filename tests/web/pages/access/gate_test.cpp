@@ -123,6 +123,21 @@ TEST_F(Gate, AViewerSeesNoPageThatOnlyTheAdministratorMay) {
     }
 }
 
+TEST_F(Gate, TheNavigationLeadsToWhatAVisitorMaySee) {
+  for (const eRole role : {eRole::Viewer, eRole::Admin}) {
+    Enter(role);
+    const std::string body = Get("/").body;
+    for (const cRoute& route : GetRoutes()) {
+      if (route.name.empty()) continue;
+      const std::string link = "<li><a href=\"" + std::string(route.path) + "\"";
+      if (route.least <= role)
+        EXPECT_THAT(body, HasSubstr(link)) << route.path;
+      else
+        EXPECT_THAT(body, Not(HasSubstr(link))) << route.path;
+    }
+  }
+}
+
 TEST_F(Gate, AViewerChangesNothing) {
   Enter(eRole::Viewer);
   for (const cRoute& route : GetRoutes())

@@ -122,6 +122,32 @@ TEST_F(PageProcess, AnAnswerThatComesTooLateHarmsNobody) {
   EXPECT_EQ(data->messages[1].Record().GetUuidPar(db_ctrl::kHandle), handle);
 }
 
+TEST_F(PageProcess, AResultOfAServiceThatFallsSilentIsGivenBack) {
+  const auto clock = std::make_shared<vorn::cManualClock>();
+  StartPages(clock);
+  Enter();
+  auto data = Silence("data", m_pages->GetGateway().data);
+  vorn::cUuid handle;
+  handle.Create();
+  std::vector<vorn::cMsg> asked;
+  data->onMessage = [&](const vorn::cMsg& msg) {
+    asked.push_back(msg);
+    if (msg.GetType() != db_ctrl::eGetStoredValues) return;
+    vorn::cMsg answer(db_ctrl::eStoredValues);
+    answer.SetId(msg.GetId());
+    answer.Record().AppendUuidPar(db_ctrl::kHandle, handle);
+    msg.GetReplyChannel()->Send(answer);
+  };
+  const vorn::cUuid id = Open("/download", {{"meter", "m1"}, {"format", "csv"}});
+  ASSERT_TRUE(Await([&] { return asked.size() == 2; }));
+  EXPECT_EQ(asked[1].GetType(), db_ctrl::eFetchStoredValues);
+  clock->Advance(cWebPage::kPatience * 1000 + 1000);
+  ASSERT_TRUE(Await([&] { return m_answers[id].isFinished && asked.size() == 3; }));
+  EXPECT_EQ(m_answers[id].Status(), 504u);
+  EXPECT_EQ(asked[2].GetType(), db_ctrl::eCloseResult);
+  EXPECT_EQ(asked[2].Record().GetUuidPar(db_ctrl::kHandle), handle);
+}
+
 TEST_F(PageProcess, WhatAFrontEndWaitedForEndsWithIt) {
   Enter();
   for (int i = 0; i < 3; ++i) Store("m" + std::to_string(i), 1'700'000'000, {{"1-0:1.8.0", "1", "Wh"}});

@@ -6,8 +6,8 @@
 //   <input type="password">
 //       gets a button that shows what was typed
 //   <textarea data-lint="/..." data-lint-into="ID">
-//       the element ID shows what the gateway says of the text: the form's fields are posted there while one types, the
-//       answer is plain text
+//       the element ID shows what the gateway says of the text: the form's fields are asked about there while one types,
+//       as a query without hidden and secret ones; the answer is plain text
 "use strict";
 
 (() => {
@@ -44,20 +44,20 @@
 
   // ---- verdicts
 
-  // What was chosen and what is secret does not belong into a verdict.
+  // What is hidden or secret does not belong into an address.
   function fieldsOf(form) {
     const fields = new URLSearchParams();
     for (const [name, value] of new FormData(form)) {
       const field = form.elements.namedItem(name);
-      const secret = field instanceof Element && field.closest(".password") !== null;
+      const secret = field instanceof Element && (field.type === "hidden" || field.closest(".password") !== null);
       if (typeof value === "string" && !secret) fields.append(name, value);
     }
     return fields;
   }
 
   async function verdictOf(field, signal) {
-    const body = field.form ? fieldsOf(field.form) : new URLSearchParams({[field.name]: field.value});
-    const answer = await fetch(field.dataset.lint, {method: "POST", body, headers: {Accept: "text/plain"}, signal});
+    const fields = field.form ? fieldsOf(field.form) : new URLSearchParams({[field.name]: field.value});
+    const answer = await fetch(field.dataset.lint + "?" + fields, {headers: {Accept: "text/plain"}, signal});
     if (!(answer.headers.get("Content-Type") || "").startsWith("text/plain"))
       return answer.ok ? "" : "There is no verdict: the gateway answered " + answer.status + ".";
     return answer.text();

@@ -4,6 +4,7 @@
 #include <cstdint>
 
 #include <gateway/form/config_fields.h>
+#include <gateway/rules/default_rules.h>
 #include <gateway/web/pages/config/rules_page.h>
 #include <gateway/web/pages/core/form_parts.h>
 #include <gateway/web/pages/core/gateway_clients.h>
@@ -24,10 +25,12 @@ bool ReadId(const std::string& text, unsigned long long& id, std::string& error)
   return true;
 }
 
+// Where a rule's verdict is asked for while it is typed.
+constexpr std::string_view kLintPath = "/rules/lint";
+
 std::string NextId(const cObisMap& map) {
-  if (map.GetEntries().empty()) return "1";
-  const unsigned long long last = map.GetEntries().rbegin()->first;
-  return last == UINT64_MAX ? std::string() : std::to_string(last + 1);
+  const auto id = rules::FreeRuleId(map);
+  return id ? std::to_string(*id) : std::string();
 }
 
 std::string DoneText(const std::string& word) {
@@ -126,12 +129,18 @@ cHtml cRulePage::Form() const {
         "<dd><code>{}</code></dd><dt>Mapping</dt><dd><code>{}</code></dd></dl>\n",
         m_typed.id, m_typed.name, m_typed.obis, m_typed.map);
   cHtml fields;
-  fields.Put(TextField({"id", "ID", m_typed.id,
+  fields.Put(TextField({"id",
+                        "ID",
+                        m_typed.id,
                         m_original.empty() ? "A number; of rules that fit, the smallest wins."
-                                           : "Another ID makes one more rule; this one stays as it is."}));
-  fields.Put(TextField({"name", "Name", m_typed.name}));
-  fields.Put(TextField({"obis", "OBIS identifier", m_typed.obis, "Such as 1-0:1.8.0."}));
-  fields.Put(TextField({"map", "Mapping", m_typed.map, "Such as protocol=dlms, or protocol=mbus,dif=04,vif=03."}));
+                                           : "Another ID makes one more rule; this one stays as it is.",
+                        {},
+                        kLintPath}));
+  fields.Put(TextField({"name", "Name", m_typed.name, {}, {}, kLintPath}));
+  fields.Put(TextField({"obis", "OBIS identifier", m_typed.obis, "Such as 1-0:1.8.0.", {}, kLintPath}));
+  fields.Put(TextField(
+      {"map", "Mapping", m_typed.map, "Such as protocol=dlms, or protocol=mbus,dif=04,vif=03.", {}, kLintPath}));
+  fields.Put("<pre class=\"hint\" id=\"verdict\"></pre>\n");
   cHtml buttons = Button("save", "Save");
   buttons.Put(Button("check", "Check only"));
   if (!m_original.empty()) buttons.Put(DangerButton("delete", "Delete", "Delete this rule?"));

@@ -12,6 +12,11 @@ cHtml Described(const cInput& input) {
   return cHtml().Put(" aria-describedby=\"{}-hint\"", IdOf(input));
 }
 
+cHtml Lint(const cInput& input) {
+  if (input.lint.empty()) return {};
+  return cHtml().Put(" data-lint=\"{}\" data-lint-into=\"verdict\"", input.lint);
+}
+
 cHtml Hint(const cInput& input) {
   if (input.hint.empty()) return {};
   return cHtml().Put("<p class=\"hint\" id=\"{}-hint\">{}</p>", IdOf(input), input.hint);
@@ -25,8 +30,8 @@ cHtml Field(const cInput& input, const cHtml& control) {
 }  // namespace
 
 cHtml TextField(const cInput& input) {
-  return Field(input, cHtml().Put("<input id=\"{}\" name=\"{}\" value=\"{}\" autocomplete=\"off\"{}>", IdOf(input),
-                                  input.name, input.value, Described(input)));
+  return Field(input, cHtml().Put("<input id=\"{}\" name=\"{}\" value=\"{}\" autocomplete=\"off\"{}{}>", IdOf(input),
+                                  input.name, input.value, Described(input), Lint(input)));
 }
 
 cHtml PasswordField(const cInput& input, std::string_view fill) {

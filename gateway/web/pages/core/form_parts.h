@@ -19,6 +19,8 @@ struct cInput {
   std::string_view hint = {};
   // Of the element, where two forms of a page have fields of one name; empty: the name.
   std::string_view id = {};
+  // Where its verdict is asked for while one types; it is shown in the element "verdict". Empty: there is none.
+  std::string_view lint = {};
 };
 
 cHtml TextField(const cInput& input);

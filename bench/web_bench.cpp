@@ -124,7 +124,12 @@ ssize_t ReadDownload(void*, std::uint64_t at, char* to, std::size_t most) {
 }
 
 MHD_Result AnswerBare(void* file, MHD_Connection* connection, const char* path, const char*, const char*, const char*,
-                      std::size_t*, void**) {
+                      std::size_t*, void** context) {
+  static int seen = 0;
+  if (*context == nullptr) {
+    *context = &seen;
+    return MHD_YES;
+  }
   static const std::string page(kPageBytes, 'x');
   MHD_Response* response = nullptr;
   if (std::strcmp(path, "/download") == 0)

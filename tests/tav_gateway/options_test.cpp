@@ -104,6 +104,43 @@ TEST_F(Options, SimulateTheDevicesUnlessTheFileSaysOtherwise) {
   }
 }
 
+TEST_F(Options, OfTheWebFrontEndComeFromTheFileAndTheCommandLine) {
+  const cParsedOptions none = Parse({"run"});
+  ASSERT_TRUE(none.options) << none.text;
+  EXPECT_EQ(none.options->web.listen, "127.0.0.1:8080");
+  EXPECT_FALSE(none.options->isWebLeft);
+  const std::string file = Write(
+      "[web]\nlisten = \"[::1]:81\"\ncertificate = \"c.pem\"\nkey = \"k.pem\"\nstatic = \"/files\"\n"
+      "max-body-megabytes = 2\nenabled = false\n");
+  const cParsedOptions fromFile = Parse({"run", "--config", file.c_str()});
+  ASSERT_TRUE(fromFile.options) << fromFile.text;
+  EXPECT_EQ(fromFile.options->web.listen, "[::1]:81");
+  EXPECT_EQ(fromFile.options->web.certificate, "c.pem");
+  EXPECT_EQ(fromFile.options->web.key, "k.pem");
+  EXPECT_EQ(fromFile.options->web.staticDirectory, "/files");
+  EXPECT_EQ(fromFile.options->web.maxBodyBytes, std::uint64_t{2} << 20);
+  EXPECT_TRUE(fromFile.options->isWebLeft);
+  const cParsedOptions both =
+      Parse({"web", "--config", file.c_str(), "--web-listen", "0.0.0.0:0", "--web-key", "l.pem"});
+  ASSERT_TRUE(both.options) << both.text;
+  EXPECT_EQ(both.options->web.listen, "0.0.0.0:0");
+  EXPECT_EQ(both.options->web.certificate, "c.pem");
+  EXPECT_EQ(both.options->web.key, "l.pem");
+}
+
+TEST_F(Options, OfTheWebFrontEndAreRefusedWithWhatIsExpected) {
+  EXPECT_THAT(ErrorOf("[web]\nlisten = \"8080\"\n"), HasSubstr(":2: key \"web.listen\": expected ADDRESS:PORT"));
+  EXPECT_THAT(ErrorOf("[web]\nenabled = 1\n"), HasSubstr("expected true or false"));
+  for (const char* megabytes : {"0", "1025", "\"1\""})
+    EXPECT_THAT(ErrorOf(std::string("[web]\nmax-body-megabytes = ") + megabytes), HasSubstr("1 to 1024 megabytes"));
+  const cParsedOptions address = Parse({"run", "--web-listen", "localhost:80"});
+  EXPECT_EQ(address.exitCode, eExitUsage);
+  EXPECT_THAT(address.text, HasSubstr("found 'localhost:80'"));
+  const cParsedOptions half = Parse({"run", "--web-cert", "c.pem"});
+  EXPECT_EQ(half.exitCode, eExitUsage);
+  EXPECT_THAT(half.text, HasSubstr("a certificate needs a key"));
+}
+
 TEST_F(Options, ChooseOneService) {
   for (const cServiceKind& kind : GetServiceKinds()) {
     const cParsedOptions parsed = Parse({kind.name, "--dir", "/somewhere"});

@@ -63,8 +63,9 @@ bool ForEach(MHD_Connection* connection, MHD_ValueKind kind, Take take) {
 bool AppendQuery(MHD_Connection* connection, vorn::cRecord& record) {
   vorn::cRecord query;
   const bool isSound = ForEach(connection, MHD_GET_ARGUMENT_KIND, [&](std::string_view name, std::string_view value) {
+    if (name.size() > kMaxNameBytes) return false;
     query.AppendTextPar(name, value);
-    return name.size() <= kMaxNameBytes;
+    return true;
   });
   if (!query.IsEmpty()) record.AppendRecordPar(http::kQueryString, query);
   return isSound;
@@ -73,10 +74,11 @@ bool AppendQuery(MHD_Connection* connection, vorn::cRecord& record) {
 bool AppendCookies(MHD_Connection* connection, vorn::cRecord& record) {
   vorn::cRecord cookies;
   const bool isSound = ForEach(connection, MHD_COOKIE_KIND, [&](std::string_view name, std::string_view value) {
+    if (name.size() > kMaxNameBytes) return false;
     vorn::cRecord cookie;
     cookie.AppendTextPar(http::kValue, value);
     cookies.AppendRecordPar(name, cookie);
-    return name.size() <= kMaxNameBytes;
+    return true;
   });
   if (!cookies.IsEmpty()) record.AppendRecordPar(http::kCookies, cookies);
   return isSound;
@@ -85,11 +87,12 @@ bool AppendCookies(MHD_Connection* connection, vorn::cRecord& record) {
 bool AppendFields(MHD_Connection* connection, vorn::cRecord& record) {
   std::map<std::string, std::string> fields;
   const bool isSound = ForEach(connection, MHD_HEADER_KIND, [&](std::string_view name, std::string_view value) {
+    if (name.size() > kMaxNameBytes) return false;
     const std::string lower = ToLower(name);
     if (lower == "cookie") return true;
     const auto [field, isNew] = fields.emplace(lower, value);
     if (!isNew) field->second.append(", ").append(value);
-    return name.size() <= kMaxNameBytes;
+    return true;
   });
   vorn::cRecord all;
   for (const auto& [name, value] : fields) all.AppendTextPar(name, value);

@@ -177,7 +177,7 @@ ssize_t cConnection::Read(char* to, std::size_t most) {
 void cConnection::Break() {
   if (!m_request->IsHttp10()) return;
   const sockaddr nowhere{AF_UNSPEC, {}};
-  connect(m_socket, &nowhere, sizeof nowhere);
+  static_cast<void>(connect(m_socket, &nowhere, sizeof nowhere));
 }
 
 bool cConnection::Rest() {

@@ -205,7 +205,8 @@ TEST_F(FrontClients, MalformedRequestsAreAnsweredClearly) {
     const cReply reply = TakeReply(client.Input(), true);
     const std::string status = reply.status != 0 ? std::to_string(reply.status) : "close";
     EXPECT_EQ(status, name.substr(0, name.find('-'))) << name;
-    EXPECT_EQ(client.Input().find("HTTP/1.1 2"), std::string::npos) << name << ": nothing behind it is taken for a request";
+    EXPECT_EQ(client.Input().find("HTTP/1.1 2"), std::string::npos)
+        << name << ": nothing behind it is taken for a request";
     ++count;
   }
   EXPECT_GT(count, 20u);

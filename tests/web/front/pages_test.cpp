@@ -1,5 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // Requests on their way to page processes, and their outputs on the way back.
+#include <tav/http/http_page.h>
+#include <tav/http/http_session.h>
+
 #include "tests/web/front/front_world.h"
 
 using testing::HasSubstr;
@@ -7,6 +10,19 @@ using testing::HasSubstr;
 namespace tav::gateway::web {
 
 namespace {
+
+// A page as they are written.
+class cHelloPage : public cHttpPage {
+ public:
+  using cHttpPage::cHttpPage;
+  bool Process(cHttpRequest& request) override {
+    HttpSuccess(0, 200);
+    HttpOutput(0, "hello " + request.GetFromQueryString("name"));
+    CloseSuccess();
+    return true;
+  }
+  bool OnMessage(vorn::cMsg&) override { return false; }
+};
 
 class FrontPages : public FrontWorld {
  protected:
@@ -212,6 +228,25 @@ TEST_F(FrontPages, TheThreeRunTogetherFormsOfAPageReachTheClient) {
     EXPECT_EQ(reply.Field("Content-Type"), "text/html") << form;
     EXPECT_TRUE(reply.HasField(field)) << form;
     EXPECT_FALSE(reply.HasField("Connection")) << "that is between page and front end: " << form;
+  }
+}
+
+TEST_F(FrontPages, APageOfTheLibraryIsServed) {
+  cTestPages& pages = AddPages();
+  pages.onRequest = [&](const vorn::cMsg& msg) {
+    vorn::cMsg copy = msg;
+    cHttpRequest request(copy);
+    vorn::cUuid sid;
+    sid.Create();
+    cHttpSession session(sid, pages.GetService(), 0);
+    cHelloPage page(pages.GetService());
+    session.Run(request, &page);
+  };
+  for (const char* version : {"HTTP/1.1", "HTTP/1.0"}) {
+    const cReply reply = Ask(Get("/?name=you", "", "GET", version));
+    EXPECT_EQ(reply.status, 200u);
+    EXPECT_EQ(reply.Field("Content-Type"), "text/html");
+    EXPECT_EQ(reply.body, "hello you");
   }
 }
 

@@ -4,6 +4,8 @@
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
+#include <tests/support/time_zone.h>
+
 namespace tav::pages {
 namespace {
 
@@ -18,21 +20,27 @@ vorn::cRecord Row(const std::string& value, const std::string& meter = "m1", con
   return row;
 }
 
-TEST(ValueExport, HasTwoForms) {
+class ValueExport : public testing::Test {
+ protected:
+  const cTimeZone m_zone{"UTC0"};
+};
+
+TEST_F(ValueExport, HasTwoForms) {
   EXPECT_NE(MakeValueExport("csv"), nullptr);
   EXPECT_NE(MakeValueExport("json"), nullptr);
   for (const char* other : {"", "CSV", "xml"}) EXPECT_EQ(MakeValueExport(other), nullptr) << other;
 }
 
-TEST(ValueExport, CsvHasATitleAndALineAValue) {
+TEST_F(ValueExport, CsvHasATitleAndALineAValue) {
   const auto csv = MakeValueExport("csv");
   EXPECT_EQ(csv->ContentType(), "text/csv; charset=utf-8");
   EXPECT_EQ(csv->End(), "");
   EXPECT_EQ(csv->Begin() + csv->Row(Row("0012.50")),
-            "meter,time,obis,value,unit,time-source\r\nm1,2024-03-01T12:00:00Z,1-0:1.8.0,0012.50,Wh,rtc\r\n");
+            "meterID,timestamp,time-source,obis-id,value,unit\r\n"
+            "m1,2024-03-01T12:00:00+00:00,rtc,1-0:1.8.0,0012.50,Wh\r\n");
 }
 
-TEST(ValueExport, CsvQuotesWhatWouldBreakALineOrRun) {
+TEST_F(ValueExport, CsvQuotesWhatWouldBreakALineOrRun) {
   const std::pair<std::string, std::string> cases[] = {
       {"a,b", "\"a,b\""},
       {"say \"no\"", "\"say \"\"no\"\"\""},
@@ -48,27 +56,28 @@ TEST(ValueExport, CsvQuotesWhatWouldBreakALineOrRun) {
   };
   for (const auto& [text, field] : cases) {
     const std::string line = MakeValueExport("csv")->Row(Row(text));
-    EXPECT_EQ(line, "m1,2024-03-01T12:00:00Z,1-0:1.8.0," + field + ",Wh,rtc\r\n") << text;
+    EXPECT_EQ(line, "m1,2024-03-01T12:00:00+00:00,rtc,1-0:1.8.0," + field + ",Wh\r\n") << text;
   }
 }
 
-TEST(ValueExport, JsonIsAnArrayOfObjects) {
+TEST_F(ValueExport, JsonIsAnArrayOfObjects) {
   const auto json = MakeValueExport("json");
   std::string text = json->Begin();
   text += json->Row(Row("12.50"));
   text += json->Row(Row("text \"x\"", "m<2>", "m\xB3"));
   text += json->End();
   EXPECT_EQ(text,
-            "[\n{\"meter\":\"m1\",\"time\":\"2024-03-01T12:00:00Z\",\"obis\":\"1-0:1.8.0\",\"value\":12.50,"
-            "\"unit\":\"Wh\",\"time-source\":\"rtc\"},\n{\"meter\":\"m<2>\",\"time\":\"2024-03-01T12:00:00Z\","
-            "\"obis\":\"1-0:1.8.0\",\"value\":\"text \\\"x\\\"\",\"unit\":\"m\xC2\xB3\",\"time-source\":\"rtc\"}\n]\n");
+            "[\n{\"meterID\":\"m1\",\"timestamp\":\"2024-03-01T12:00:00+00:00\",\"time-source\":\"rtc\","
+            "\"obis-id\":\"1-0:1.8.0\",\"value\":\"12.50\",\"unit\":\"Wh\"},\n"
+            "{\"meterID\":\"m<2>\",\"timestamp\":\"2024-03-01T12:00:00+00:00\",\"time-source\":\"rtc\","
+            "\"obis-id\":\"1-0:1.8.0\",\"value\":\"text \\\"x\\\"\",\"unit\":\"m\xC2\xB3\"}\n]\n");
   EXPECT_TRUE(nlohmann::json::accept(text));
   const auto none = MakeValueExport("json");
   const std::string begin = none->Begin();
   EXPECT_TRUE(nlohmann::json::accept(begin + none->End()));
 }
 
-TEST(ValueExport, AValueIsAJsonNumberWhereItIsOne) {
+TEST_F(ValueExport, AValueIsAJsonNumberWhereItIsOne) {
   for (const char* number : {"0", "-0", "7", "-7", "12.50", "0.001", "123456789012345678901234567890", "10"})
     EXPECT_EQ(JsonValue(number), number);
   for (const char* text : {"", "-", "+1", "01", "00.5", ".5", "5.", "1e5", "0x10", "1 ", " 1", "--1", "1.2.3", "NaN"})

@@ -160,9 +160,13 @@ class cConfigWorld : public cPagesWorld {
   void HaveDriver(const std::string& name, const std::string& done, const std::string& wrong = {}) {
     m_drivers.push_back(std::make_unique<cRecordingClient>(m_gateway.get(), "data"));
     cRecordingClient& driver = *m_drivers.back();
-    bool isRegistered = false;
-    driver.onMessage = [&, done, wrong](const vorn::cMsg& msg) {
-      isRegistered |= msg.GetType() == db_ctrl::eDriverRegistered;
+    ASSERT_TRUE(PollUntil(*m_gateway, [&] { return driver.IsConnected(); }));
+    vorn::cMsg registration(db_ctrl::eRegisterDriver);
+    registration.Record().AppendTextPar(db_ctrl::kDriver, name);
+    ASSERT_EQ(driver.Send(registration), 1);
+    ASSERT_TRUE(PollUntil(*m_gateway, [&] { return !driver.messages.empty(); }));
+    ASSERT_EQ(driver.messages.back().GetType(), db_ctrl::eDriverRegistered);
+    driver.onMessage = [&driver, done, wrong](const vorn::cMsg& msg) {
       if (msg.GetType() != db_ctrl::eNotifyDriver) return;
       vorn::cMsg answer(wrong.empty() ? db_ctrl::eDriverDone : db_ctrl::eDriverFailed);
       answer.SetId(msg.GetId());
@@ -174,15 +178,6 @@ class cConfigWorld : public cPagesWorld {
       else
         answer.Record().AppendTextPar(db_ctrl::kReason, wrong);
       driver.Send(answer);
-    };
-    ASSERT_TRUE(PollUntil(*m_gateway, [&] { return driver.IsConnected(); }));
-    vorn::cMsg registration(db_ctrl::eRegisterDriver);
-    registration.Record().AppendTextPar(db_ctrl::kDriver, name);
-    ASSERT_EQ(driver.Send(registration), 1);
-    ASSERT_TRUE(PollUntil(*m_gateway, [&] { return isRegistered; }));
-    const auto answering = driver.onMessage;
-    driver.onMessage = [answering](const vorn::cMsg& msg) {
-      if (msg.GetType() == db_ctrl::eNotifyDriver) answering(msg);
     };
   }
   vorn::cRecord LastCommand() const {

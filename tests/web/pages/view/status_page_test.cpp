@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <gateway/web/pages/view/status_page.h>
 
+#include <unistd.h>
+
 #include <tav/service/status_proxy.h>
 #include <tests/web/pages/pages_world.h>
 
@@ -38,7 +40,8 @@ TEST_F(StatusPage, ShowsEachValueWithItsProcess) {
   Publish("test.state", "well & alive");
   const cAnswer answer = Get("/status");
   EXPECT_EQ(answer.Status(), 200u);
-  EXPECT_THAT(answer.body, HasSubstr("<td data-live=\"test.state\">well &amp; alive</td><td>web_pages_test ("));
+  EXPECT_THAT(answer.body, HasSubstr("<td data-live=\"test.state\">well &amp; alive</td><td>"));
+  EXPECT_THAT(answer.body, HasSubstr(" (" + std::to_string(getpid()) + ")</td>"));
   EXPECT_THAT(answer.body, HasSubstr("<span class=\"state ok\">connected</span>"));
 }
 

@@ -71,11 +71,11 @@ TEST_F(Live, HearsThatAStatusValueIsGone) {
 TEST_F(Live, HearsASignOfLifeWhenNothingHappensForLong) {
   const vorn::cUuid id = Listen();
   EndData();
+  // Until the pages have told their own counters, which this request has changed.
+  for (unsigned int look = 0; look < 8; ++look) LookAlone();
   m_answers[id].body.clear();
-  for (unsigned int look = 1; look < cLive::kSilentLooks; ++look) LookAlone();
-  EXPECT_EQ(m_answers[id].body, "");
-  LookAlone();
-  EXPECT_EQ(m_answers[id].body, ": all is as it was\n\n");
+  for (unsigned int look = 0; look < cLive::kSilentLooks; ++look) LookAlone();
+  EXPECT_EQ(m_answers[id].body, ": all is as it was\n\n") << "once in so many looks";
 }
 
 TEST_F(Live, HostileTextsBreakOutOfNoEvent) {

@@ -53,8 +53,8 @@ TEST_F(DownloadPage, GivesAllValuesOfAMeterAsAFile) {
   EXPECT_EQ(answer.Status(), 200u);
   EXPECT_EQ(answer.Header("Content-Type"), "text/csv; charset=utf-8");
   EXPECT_EQ(answer.Header("Content-Disposition"), "attachment; filename=\"values.csv\"");
-  EXPECT_THAT(answer.body, StartsWith("meter,time,obis,value,unit,time-source\r\n"));
-  EXPECT_THAT(answer.body, HasSubstr("m1,2023-11-14T22:13:20Z,1-0:1.8.0,100.50,Wh,"));
+  EXPECT_THAT(answer.body, StartsWith("meterID,timestamp,time-source,obis-id,value,unit\r\n"));
+  EXPECT_THAT(answer.body, HasSubstr(",1-0:1.8.0,100.50,Wh\r\n"));
   EXPECT_EQ(Lines(answer.body), 3);
   EXPECT_TRUE(answer.isWhole);
 }

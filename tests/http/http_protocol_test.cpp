@@ -64,10 +64,10 @@ TEST(HttpProtocol, KeysInsideOfCookiesAndFilesHaveTheirTypes) {
   EXPECT_EQ(names, "value Type Length Filename tmpFilename SID ");
 }
 
-TEST(HttpProtocol, AnswersWithoutARowHaveANameToo) {
+TEST(HttpProtocol, EveryAnswerHasAName) {
   const std::map<unsigned int, std::string> kNames = {
       {0x10019, "register"}, {0x1001a, "register-done"}, {0x1001b, "register-failed"},
-      {0x55005, "request"},  {0x55006, "request-done"},  {0x55007, "request-refused"},
+      {0x55005, "request"},  {0x55006, "request-taken"}, {0x55007, "request-refused"},
       {0x5500a, "output"},   {0x5500b, "output-done"},   {0x5500c, "output-lost"},
   };
   for (const auto& [id, name] : kNames) EXPECT_EQ(MessageName(http::kProtocol, id), name);

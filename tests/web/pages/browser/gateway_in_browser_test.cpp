@@ -41,20 +41,20 @@ TEST_F(GatewayInBrowser, IsSetUpSeenChangedAndLeft) {
       << "something is drawn";
   Picture("meter");
 
-  // A rule is changed, and the next reading has its new name.
-  OpenPage("/rule");
-  m_browser->Type("[name=id]", "1");
-  m_browser->Type("[name=name]", "Power of the house");
-  m_browser->Type("[name=obis]", "1-7:16.7.0");
-  m_browser->Type("[name=map]", "protocol=dlms");
+  // A rule is changed, and the next reading is shown by its new name.
+  OpenPage("/rules?q=1-0:36.7.0");
+  m_browser->Open(
+      m_browser->Execute("return [...document.querySelectorAll('tr')]"
+                         ".find(row => row.textContent.includes('1-0:36.7.0')).querySelector('a').href"));
+  m_browser->Type("[name=name]", "Power of the kitchen");
   m_browser->Click("form.entry .actions button");
-  m_browser->AwaitText("main", "Power of the house");
+  m_browser->AwaitText(".note.ok", "The rule is saved.");
   Picture("rule");
-  m_browser->Await("the reading's new name", [&] {
-    OpenPage(MeterPath());
-    return m_browser->Exists("[data-live=\"" + kMeter + " 1-7:16.7.0\"]");
-  });
-  EXPECT_THAT(m_browser->Text("main"), HasSubstr("Power of the house"));
+  OpenPage(MeterPath());
+  EXPECT_THAT(m_browser->Text("main"), HasSubstr("Power of the kitchen"));
+  const std::string time = "[data-live-when=\"" + kMeter + " 1-0:36.7.0\"]";
+  const std::string then = m_browser->Text(time);
+  m_browser->AwaitText(time, [&](const std::string& now) { return now != then; });
 
   // Values are taken away as a file.
   m_browser->SetDownloadFolder(m_folder.GetPath());

@@ -45,7 +45,7 @@ bool cWebPage::OnMessage(vorn::cMsg& msg) {
 void cWebPage::Abandon() {
   if (m_finished) return;
   OnGone();
-  Break();
+  IsWholeAtAnyTime() ? Close() : Break();
 }
 
 // ---- asking services

@@ -54,6 +54,8 @@ class cWebPage : public cHttpPage {
   virtual void OnPassed() {}
   // The client is gone, or the page's login has ended: nothing that is put out reaches anybody.
   virtual void OnGone() {}
+  // What is put out has no end of its own, so that no place is one where it is broken off.
+  virtual bool IsWholeAtAnyTime() const { return false; }
   // The service that was asked is away (503) or silent (504): what the page would answer, and why.
   virtual void OnUnanswered(unsigned int status, const std::string& text) { ShowError(status, text); }
 

@@ -21,6 +21,7 @@ class cLivePage final : public cWebPage {
   void Start() override;
   void OnPassed() override;
   void OnGone() override { m_listener.reset(); }
+  bool IsWholeAtAnyTime() const override { return true; }
   void Tell(const std::string& events);
 
   unsigned int m_waiting = 0;

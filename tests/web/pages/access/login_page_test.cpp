@@ -126,7 +126,7 @@ TEST_F(LoginPage, LoggingOutEndsWhatIsOpen) {
   ASSERT_TRUE(Await([&] { return m_answers[live].outputs > 1; }));
   Post("/logout", {});
   EXPECT_TRUE(Await([&] { return m_answers[live].isFinished; }));
-  EXPECT_FALSE(m_answers[live].isWhole);
+  EXPECT_TRUE(m_answers[live].isWhole) << "events have no end that could be missing";
 }
 
 TEST_F(LoginPage, ALoginEndsWhenItIsNotUsed) {

@@ -3,6 +3,8 @@
 
 #include <string_view>
 
+#include <gateway/form/html_text.h>
+
 namespace tav::gateway::web {
 
 namespace {
@@ -45,7 +47,8 @@ cAnswer MakeErrorAnswer(const cHttpFault& fault) {
   answer.fields = {{"Content-Type", "text/html; charset=utf-8"}, {"Cache-Control", "no-store"}};
   if (fault.status == 503) answer.fields.push_back({"Retry-After", "5"});
   answer.body = "<!DOCTYPE html>\n<html lang=\"en\"><head><meta charset=\"utf-8\"><title>" + title +
-                "</title></head>\n<body><h1>" + title + "</h1>\n<p>" + EscapeHtml(fault.text) + ".</p></body></html>\n";
+                "</title></head>\n<body><h1>" + title + "</h1>\n<p>" + form::EscapeHtml(fault.text) +
+                ".</p></body></html>\n";
   return answer;
 }
 

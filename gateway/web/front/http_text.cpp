@@ -69,30 +69,6 @@ bool AcceptsCoding(std::string_view acceptEncoding, std::string_view coding) {
   return any;
 }
 
-std::string EscapeHtml(std::string_view text) {
-  std::string escaped;
-  for (const char c : text) switch (c) {
-      case '&':
-        escaped += "&amp;";
-        break;
-      case '<':
-        escaped += "&lt;";
-        break;
-      case '>':
-        escaped += "&gt;";
-        break;
-      case '"':
-        escaped += "&quot;";
-        break;
-      case '\'':
-        escaped += "&#39;";
-        break;
-      default:
-        escaped += c;
-    }
-  return escaped;
-}
-
 std::string HttpDate(std::int64_t utc) {
   constexpr const char* kDays[] = {"Sun", "Mon", "Tue", "Wed", "Thu", "Fri", "Sat"};
   constexpr const char* kMonths[] = {"Jan", "Feb", "Mar", "Apr", "May", "Jun",

@@ -26,8 +26,6 @@ bool IsToken(std::string_view text);
 bool HasControlCharacter(std::string_view text);
 // Whether a coding is asked for by a field Accept-Encoding, by its name or by "*", and not with a weight of 0.
 bool AcceptsCoding(std::string_view acceptEncoding, std::string_view coding);
-// A text as it may stand in HTML, between tags and in attributes.
-std::string EscapeHtml(std::string_view text);
 // A time as HTTP writes it: "Sat, 01 Mar 2014 12:00:00 GMT".
 std::string HttpDate(std::int64_t utc);
 

@@ -20,7 +20,7 @@ std::string AsSentence(std::string_view help) {
 // What comes back of a text that stood in an input: a line, whose control characters are gone.
 std::string AsShown(std::string text) {
   std::erase_if(text, [](char letter) { return letter == '\r' || letter == '\n'; });
-  return EscapeHtml(text);
+  return form::EscapeHtml(text);
 }
 
 // Names of fields that are no words, as the records have them.

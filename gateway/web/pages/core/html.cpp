@@ -1,18 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <gateway/web/pages/core/html.h>
 
-#include <gateway/form/utf8.h>
-
 namespace tav::pages {
 
 namespace {
-
-constexpr std::string_view kReplacement = "\xEF\xBF\xBD";
-
-bool IsControl(char letter) {
-  const auto byte = static_cast<unsigned char>(letter);
-  return (byte < 0x20 && letter != '\n' && letter != '\t' && letter != '\r') || byte == 0x7F;
-}
 
 bool IsUnreserved(char letter) {
   return (letter >= 'a' && letter <= 'z') || (letter >= 'A' && letter <= 'Z') || (letter >= '0' && letter <= '9') ||
@@ -33,33 +24,6 @@ void AppendEncoded(std::string& url, std::string_view text) {
 }
 
 }  // namespace
-
-std::string EscapeHtml(std::string_view text) {
-  std::string escaped;
-  for (const char letter : form::ToUtf8(text)) switch (letter) {
-      case '&':
-        escaped += "&amp;";
-        break;
-      case '<':
-        escaped += "&lt;";
-        break;
-      case '>':
-        escaped += "&gt;";
-        break;
-      case '"':
-        escaped += "&quot;";
-        break;
-      case '\'':
-        escaped += "&#39;";
-        break;
-      default:
-        if (IsControl(letter))
-          escaped += kReplacement;
-        else
-          escaped += letter;
-    }
-  return escaped;
-}
 
 cHtml& cHtml::PutAll(std::string_view markup, std::initializer_list<std::string> values) {
   for (const std::string& value : values) {

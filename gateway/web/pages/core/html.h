@@ -14,10 +14,9 @@
 #include <string_view>
 #include <type_traits>
 
-namespace tav::pages {
+#include <gateway/form/html_text.h>
 
-// A text as HTML content and as an attribute's value: UTF-8 whatever it came as, without control characters.
-std::string EscapeHtml(std::string_view text);
+namespace tav::pages {
 
 class cHtml {
  public:
@@ -52,7 +51,7 @@ class cHtml {
     for (std::size_t at = text.find("{}"); at != text.npos; at = text.find("{}", at + 2)) ++count;
     return count;
   }
-  static std::string ToMarkup(std::string_view text) { return EscapeHtml(text); }
+  static std::string ToMarkup(std::string_view text) { return form::EscapeHtml(text); }
   static std::string ToMarkup(const cHtml& html) { return html.m_text; }
   template <std::integral Number>
   static std::string ToMarkup(Number number) {

@@ -7,9 +7,9 @@
 #include <iostream>
 
 #include <gateway/host/readiness.h>
-#include <gateway/web/pages/core/page_process.h>
-#include <gateway/web/pages/core/setup_notice.h>
 #include <gateway/web/pages/options.h>
+#include <gateway/web/pages/page_process.h>
+#include <gateway/web/pages/setup_notice.h>
 #include <tav/framework/trace.h>
 #include <tav/framework/watch.h>
 

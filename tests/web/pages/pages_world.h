@@ -19,7 +19,7 @@
 
 #include <gateway/service/data/data_server.h>
 #include <gateway/tav_gateway/services.h>
-#include <gateway/web/pages/core/page_process.h>
+#include <gateway/web/pages/page_process.h>
 #include <tav/framework/helper.h>
 #include <tav/http/http_protocol.h>
 #include <tav/record/meter_record.h>

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include <gateway/web/pages/core/setup_notice.h>
+#include <gateway/web/pages/setup_notice.h>
 
 #include <tests/web/pages/pages_world.h>
 

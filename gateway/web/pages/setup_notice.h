@@ -7,7 +7,7 @@
 #include <string>
 
 #include <gateway/host/task.h>
-#include <gateway/web/pages/core/page_process.h>
+#include <gateway/web/pages/page_process.h>
 
 namespace tav::pages {
 

@@ -35,7 +35,6 @@ std::unique_ptr<cWebPage> Make(const cPageContext& context) {
   return std::make_unique<Page>(context);
 }
 
-// Names of fields as programs see them in an address stand in docs/web.md.
 // clang-format off
 constexpr cRoute kRoutes[] = {
     {"/",                 "Meters",         eRole::Viewer, eSender::None,   Make<cOverviewPage>},

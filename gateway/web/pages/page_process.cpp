@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include <gateway/web/pages/core/page_process.h>
+#include <gateway/web/pages/page_process.h>
 
 #include <tav/framework/trace.h>
 #include <tav/http/http_dispatch.h>

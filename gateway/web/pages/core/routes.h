@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// The pages that there are, as a table (gateway/web/pages/routes.cpp, which knows them all): the path of each, who may
-// see it, who may send a form to it, and what makes it.
+// The pages that there are, as a table: the path of each, who may see it, who may send a form to it, and what makes it.
+// The table itself stands above all of them, in gateway/web/pages/routes.cpp.
 #pragma once
 
 #include <memory>

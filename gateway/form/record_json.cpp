@@ -7,14 +7,17 @@
 
 #include <gateway/form/time_text.h>
 #include <gateway/form/utf8.h>
+#include <tav/http/http_protocol.h>
 #include <tav/service/device_protocol.h>
 
 namespace tav::form {
 
 namespace {
 
-// Of meters and push targets; behind them those of the mobile modem.
-constexpr std::string_view kSecretNames[] = {"key", "password", device::kMobilePin, device::kUser, device::kPassword};
+// Of meters and push targets; those of the mobile modem; what forms of pages carry, and what stands for a login.
+constexpr std::string_view kSecretNames[] = {
+    "key", "password", device::kMobilePin, device::kUser,  device::kPassword, "old-password", "again",
+    "pin", "csrf",     http::kCookies,     "authorization"};
 
 std::string HexDigits(const vorn::cRecordPar& parameter) {
   vorn::cData data = parameter.GetData();
@@ -25,7 +28,9 @@ std::string HexDigits(const vorn::cRecordPar& parameter) {
 }  // namespace
 
 bool IsSecret(std::string_view name) {
-  return std::find(std::begin(kSecretNames), std::end(kSecretNames), name) != std::end(kSecretNames);
+  // Of a field within another thing: "meter-config.key".
+  const std::string_view last = name.substr(name.rfind('.') + 1);
+  return std::find(std::begin(kSecretNames), std::end(kSecretNames), last) != std::end(kSecretNames);
 }
 
 cJson ToJson(const vorn::cRecordPar& parameter, eMask mask) {

@@ -55,6 +55,19 @@ TEST_F(RecordJson, MasksWhatTheMobileModemIsToldInSecret) {
             R"({"MobilePin":"***","APN":"internet","User":"***","Password":"***"})");
 }
 
+TEST_F(RecordJson, MasksWhatFormsAndLoginsCarry) {
+  vorn::cRecord form = Holding("meter-config.key", "00112233");
+  for (const char* name : {"old-password", "again", "pin", "csrf"}) form.AppendTextPar(name, "s3cret");
+  form.AppendTextPar("name", "jane");
+  vorn::cRecord request;
+  request.AppendRecordPar("PostData", form);
+  request.AppendRecordPar("Cookies", Holding("sid", "0123"));
+  request.AppendRecordPar("Headers", Holding("authorization", "Bearer s3cret"));
+  EXPECT_EQ(ToJson(request, eMask::Secrets).dump(),
+            R"({"PostData":{"meter-config.key":"***","old-password":"***","again":"***","pin":"***","csrf":"***",)"
+            R"("name":"jane"},"Cookies":"***","Headers":{"authorization":"***"}})");
+}
+
 TEST_F(RecordJson, HoldsDataWhole) {
   vorn::cRecord record;
   record.AppendDataPar("raw", vorn::cData(std::string(1000, '\xFF')));

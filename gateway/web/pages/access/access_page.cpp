@@ -53,7 +53,7 @@ void cAccessForms::Finish(const std::string& done) {
 }
 
 cHtml cAccessForms::OwnPassword() const {
-  cHtml fields = PasswordField({"old", "Old password"}, "current-password");
+  cHtml fields = PasswordField({"old-password", "Old password"}, "current-password");
   fields.Put(PasswordField({"password", "New password", {}, "At least 8 characters."}, "new-password"));
   fields.Put(PasswordField({"again", "Once more"}, "new-password"));
   return cHtml().Put("<section><h2>Your password</h2>\n<p>You are logged in as {}.</p>\n{}</section>\n",
@@ -112,7 +112,7 @@ void cAccessPage::ChangePassword() {
   if (Posted("password") != Posted("again")) return ShowFault(400, "The two new passwords are not the same.");
   std::string error;
   unsigned int wait = 0;
-  if (Access().ChangePassword(GetVisitor(), Posted("old"), Posted("password"), RemoteAddress(), error, wait))
+  if (Access().ChangePassword(GetVisitor(), Posted("old-password"), Posted("password"), RemoteAddress(), error, wait))
     return Finish("password");
   if (wait != 0) AddHeader("Retry-After: " + std::to_string(wait));
   ShowFault(wait != 0 ? 429 : 403, error);

@@ -19,7 +19,7 @@ class AccessPage : public cPagesWorld {
     Enter();
   }
   cAnswer Change(const std::string& old, const std::string& fresh, const std::string& again) {
-    return Post("/access", {{"do", "password"}, {"old", old}, {"password", fresh}, {"again", again}});
+    return Post("/access", {{"do", "password"}, {"old-password", old}, {"password", fresh}, {"again", again}});
   }
   cAnswer Account(const std::string& action, const std::string& name, const std::string& role = "viewer",
                   const std::string& password = kFresh) {

@@ -19,7 +19,7 @@ bool IsFormula(const std::string& text) {
 }
 
 std::string CsvField(const std::string& given) {
-  const std::string text = IsFormula(given) ? "'" + given : given;
+  std::string text = IsFormula(given) ? "'" + given : given;
   if (text.find_first_of(",\"\r\n") == std::string::npos) return text;
   std::string quoted = "\"";
   for (const char letter : text) {

@@ -2,6 +2,7 @@
 #include <gateway/web/pages/access/access.h>
 
 #include <gateway/web/pages/access/password_hash.h>
+#include <gateway/web/pages/core/request_header.h>
 #include <tav/http/http_protocol.h>
 
 namespace tav::pages {
@@ -10,12 +11,6 @@ namespace {
 
 constexpr std::string_view kBearer = "Bearer ";
 constexpr std::size_t kCodeLength = 24;  // hexadecimal digits
-
-std::string HeaderOf(const cHttpRequest& request, std::string_view name) {
-  vorn::cRecord headers;
-  request.GetRecord().GetPar(http::kHeaders).GetRecord(headers);
-  return headers.GetTextPar(name);
-}
 
 }  // namespace
 

@@ -4,6 +4,7 @@
 #include <gateway/web/pages/access/access.h>
 #include <gateway/web/pages/access/password_hash.h>
 #include <gateway/web/pages/core/plain_pages.h>
+#include <gateway/web/pages/core/request_header.h>
 #include <gateway/web/pages/core/routes.h>
 #include <tav/http/http_protocol.h>
 
@@ -21,13 +22,11 @@ eMethod MethodOf(const cHttpRequest& request) {
 
 // Whether the form came from a page of this gateway, as far as the browser tells: they all do with a change.
 bool IsOwnOrigin(const cHttpRequest& request) {
-  vorn::cRecord headers;
-  request.GetRecord().GetPar(http::kHeaders).GetRecord(headers);
-  const std::string site = headers.GetTextPar("sec-fetch-site");
+  const std::string site = HeaderOf(request, "sec-fetch-site");
   if (!site.empty() && site != "same-origin" && site != "none") return false;
-  const std::string origin = headers.GetTextPar("origin");
+  const std::string origin = HeaderOf(request, "origin");
   if (origin.empty()) return true;
-  return origin == request.GetRecord().GetTextPar(http::kRequestScheme) + "://" + headers.GetTextPar("host");
+  return origin == request.GetRecord().GetTextPar(http::kRequestScheme) + "://" + HeaderOf(request, "host");
 }
 
 // Why a form is not taken; empty when it is.

@@ -21,10 +21,6 @@ std::string Capital(std::string text) {
   return text;
 }
 
-cHtml Hidden(const char* name, const std::string& value) {
-  return cHtml().Put("<input type=\"hidden\" name=\"{}\" value=\"{}\">", std::string_view(name), value);
-}
-
 }  // namespace
 
 std::string WithOutcome(const std::string& url, const char* outcome) {
@@ -33,17 +29,8 @@ std::string WithOutcome(const std::string& url, const char* outcome) {
 
 cHtml OutcomeNote(const std::string& outcome) {
   for (const char* known : {kCreated, kChanged, kDeleted})
-    if (outcome == known) return cHtml().Put("<p class=\"note ok\" role=\"status\">{}.</p>\n", Capital(outcome));
+    if (outcome == known) return DoneNote(Capital(outcome) + ".");
   return {};
-}
-
-cHtml cEditPage::ErrorNote(const std::string& text) {
-  if (text.empty()) return {};
-  return cHtml().Put("<p class=\"note error\" role=\"alert\">{}</p>\n", text);
-}
-
-cHtml cEditPage::OkNote(const std::string& text) {
-  return cHtml().Put("<p class=\"note ok\" role=\"status\">{}</p>\n", text);
 }
 
 // ---- what is asked for
@@ -135,7 +122,7 @@ cHtml cEditPage::EntryForm() const {
   const std::string url = IsNew() ? GetNewUrl() : GetUrl();
   cHtml form;
   form.Put("<form class=\"entry\" method=\"post\" action=\"{}\">{}{}\n{}<div class=\"actions\">", url, CsrfField(),
-           Hidden("state", m_formState), m_form.Inputs());
+           HiddenField("state", m_formState), m_form.Inputs());
   form.Put("<button name=\"action\" value=\"save\">Save</button>");
   if (!IsNew()) form.Put(" <a class=\"button\" href=\"{}&amp;delete=ask\">Delete</a>", url);
   return form.Put("</div>\n</form>\n");
@@ -144,7 +131,7 @@ cHtml cEditPage::EntryForm() const {
 void cEditPage::ShowDeletion(unsigned int status, const std::string& fault) {
   cHtml body = ErrorNote(fault);
   body.Put("<p>Delete the {}? {}</p>\n<form method=\"post\" action=\"{}\">{}{}\n", Describe(), GetLoss(), GetUrl(),
-           CsrfField(), Hidden("state", m_formState));
+           CsrfField(), HiddenField("state", m_formState));
   body.Put(
       "<div class=\"actions\"><button class=\"danger\" name=\"action\" value=\"delete\">Delete</button> "
       "<a class=\"button\" href=\"{}\">Keep</a></div>\n</form>\n",

@@ -10,6 +10,7 @@
 #include <string>
 
 #include <gateway/web/pages/config/field_form.h>
+#include <gateway/web/pages/core/form_parts.h>
 #include <gateway/web/pages/core/web_page.h>
 
 namespace tav::pages {
@@ -57,8 +58,6 @@ class cEditPage : public cWebPage {
   void ShowThing(unsigned int status, const cHtml& notice);
   // A button with a form around it that sends an action here; inputs stand in it.
   cHtml ActionForm(const char* action, const char* button, const cHtml& inputs) const;
-  static cHtml ErrorNote(const std::string& text);
-  static cHtml OkNote(const std::string& text);
   std::string Describe() const { return GetKind() + " \"" + GetName() + "\""; }
 
  private:

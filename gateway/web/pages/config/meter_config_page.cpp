@@ -139,7 +139,7 @@ void cMeterConfigPage::AwaitDriver(unsigned int request, bool sent) {
   Await(
       db_ctrl::kProtocol, request, sent,
       [this](const vorn::cRecord& answer) {
-        ShowThing(200, OkNote("The driver has done it.").Put(DriverAnswer(answer)));
+        ShowThing(200, DoneNote("The driver has done it.").Put(DriverAnswer(answer)));
       },
       [this](const std::string& reason) { ShowThing(409, ErrorNote("Not done: " + reason)); });
   if (sent) StartTimeout(kDriverPatience);

@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <gateway/web/pages/core/web_page.h>
 
+#include <gateway/web/pages/core/form_parts.h>
 #include <gateway/web/pages/core/layout.h>
+#include <gateway/web/pages/core/request_header.h>
 #include <gateway/web/pages/core/routes.h>
 #include <tav/framework/helper.h>
 #include <tav/http/http_protocol.h>
@@ -93,11 +95,7 @@ void cWebPage::OnTimeout() {
 
 bool cWebPage::IsPost() const { return GetRequest().GetRecord().GetTextPar(http::kRequestMethod) == "POST"; }
 
-std::string cWebPage::Header(const char* name) const {
-  vorn::cRecord headers;
-  GetRequest().GetRecord().GetPar(http::kHeaders).GetRecord(headers);
-  return headers.GetTextPar(name);
-}
+std::string cWebPage::Header(const char* name) const { return HeaderOf(GetRequest(), name); }
 
 std::string cWebPage::RemoteAddress() const { return GetRequest().GetRecord().GetTextPar(http::kRemoteAddr); }
 
@@ -144,7 +142,7 @@ void cWebPage::ShowError(unsigned int status, const std::string& text) {
     Put(text + "\n");
     return Close();
   }
-  ShowPage("That did not work", cHtml().Put("<p class=\"note error\" role=\"alert\">{}</p>", text), status);
+  ShowPage("That did not work", ErrorNote(text), status);
 }
 
 void cWebPage::Redirect(const std::string& url) {

@@ -15,26 +15,24 @@ void cDataPage::TakeRows(const vorn::cRecord& answer, std::string_view key) {
   }
 }
 
+void cDataPage::TakeAll(const vorn::cRecord& answer, std::string_view key) {
+  m_handle = answer.GetUuidPar(db_ctrl::kHandle);
+  TakeRows(answer, key);
+  Fetch([](const Go& go) { go(); });
+}
+
 void cDataPage::ReadLastValues(cDbCtrlRequest request, OnRow onRow, Done done) {
   m_onRow = std::move(onRow);
   m_done = std::move(done);
   Await(db_ctrl::kProtocol, db_ctrl::eGetLastValues, Gateway().data.GetLastValues(Id(), request),
-        [this](const vorn::cRecord& answer) {
-          m_handle = answer.GetUuidPar(db_ctrl::kHandle);
-          TakeRows(answer, db_ctrl::kRow);
-          Fetch([](const Go& go) { go(); });
-        });
+        [this](const vorn::cRecord& answer) { TakeAll(answer, db_ctrl::kRow); });
 }
 
 void cDataPage::ReadMeterStatus(cDbCtrlRequest request, OnRow onRow, Done done) {
   m_onRow = std::move(onRow);
   m_done = std::move(done);
   Await(db_ctrl::kProtocol, db_ctrl::eGetMeterStatus, Gateway().data.GetMeterStatus(Id(), request),
-        [this](const vorn::cRecord& answer) {
-          m_handle = answer.GetUuidPar(db_ctrl::kHandle);
-          TakeRows(answer, db_ctrl::kMeterStatus);
-          Fetch([](const Go& go) { go(); });
-        });
+        [this](const vorn::cRecord& answer) { TakeAll(answer, db_ctrl::kMeterStatus); });
 }
 
 void cDataPage::ReadList(unsigned int request, OnRow onRow, Done done) {
@@ -66,9 +64,7 @@ void cDataPage::ReadStoredValues(cDbCtrlRequest request, OnRow onRow, std::funct
 
 // Without a handle everything has been told.
 void cDataPage::Fetch(const std::function<void(Go)>& pause) {
-  if (!m_handle.IsValid()) {
-    return std::exchange(m_done, {})();
-  }
+  if (!m_handle.IsValid()) return std::exchange(m_done, {})();
   Await(db_ctrl::kProtocol, db_ctrl::eFetchStoredValues, Gateway().data.FetchStoredValues(Id(), m_handle, kPageRows),
         [this, pause](const vorn::cRecord& answer) {
           if (answer.GetBoolPar(db_ctrl::kEnd)) m_handle.Clear();

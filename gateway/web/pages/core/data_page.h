@@ -35,6 +35,8 @@ class cDataPage : public cWebPage {
   void OnGone() override;
 
  private:
+  // Rows that come at once, and the further ones of their handle.
+  void TakeAll(const vorn::cRecord& answer, std::string_view key);
   void TakeRows(const vorn::cRecord& answer, std::string_view key);
   void AskForList(unsigned int request, const vorn::cRecord& record);
   void Fetch(const std::function<void(Go)>& pause);

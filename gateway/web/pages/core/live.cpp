@@ -61,11 +61,12 @@ bool cLive::DispatchMessage(const vorn::cMsg& msg) {
   return true;
 }
 
-void cLive::Note(Shown& all, const std::string& key, const std::string& text, const std::string& event) {
+void cLive::Note(Shown& all, const std::string& key, const std::string& text,
+                 const std::function<std::string()>& event) {
   cShown& shown = all[key];
   if (shown.text == text && !shown.event.empty()) return;
-  shown = {text, event};
-  m_news += event;
+  shown = {text, event()};
+  m_news += shown.event;
 }
 
 void cLive::TakeValues(const vorn::cRecord& answer) {
@@ -75,23 +76,25 @@ void cLive::TakeValues(const vorn::cRecord& answer) {
     vorn::cRecord row;
     par.GetRecord(row);
     const cShownValue value(row);
-    Note(m_values, LiveKey(value.meterId, value.obisId), value.value + value.when,
-         MakeEvent("value", {{"key", LiveKey(value.meterId, value.obisId)},
-                             {"text", value.value},
-                             {"when", value.when},
-                             {"state", "ok"}}));
+    const std::string key = LiveKey(value.meterId, value.obisId);
+    Note(m_values, key, value.value + value.when, [&] {
+      return MakeEvent("value", {{"key", key}, {"text", value.value}, {"when", value.when}, {"state", "ok"}});
+    });
   }
 }
 
 void cLive::TakeStatus() {
   const auto& values = m_gateway.status.GetAllValues();
-  for (const auto& [name, value] : values)
-    Note(m_status, name, value, MakeEvent("status", {{"key", form::ToUtf8(name)}, {"text", form::ToUtf8(value)}}));
+  const auto event = [](const std::string& name, const std::string& value) {
+    return MakeEvent("status", {{"key", form::ToUtf8(name)}, {"text", form::ToUtf8(value)}});
+  };
+  for (const auto& each : values)
+    Note(m_status, each.first, each.second, [&] { return event(each.first, each.second); });
   for (auto at = m_status.begin(); at != m_status.end();)
     if (values.Contains(at->first)) {
       ++at;
     } else {
-      m_news += MakeEvent("status", {{"key", form::ToUtf8(at->first)}, {"text", ""}});
+      m_news += event(at->first, "");
       at = m_status.erase(at);
     }
 }

@@ -53,8 +53,8 @@ class cLive {
   void TakeStatus();
   void Tell();
   std::string Everything() const;
-  // Notes a value; its event goes out when it is not as it was.
-  void Note(Shown& all, const std::string& key, const std::string& text, const std::string& event);
+  // Notes a value; its event is made, and goes out, when it is not as it was.
+  void Note(Shown& all, const std::string& key, const std::string& text, const std::function<std::string()>& event);
 
   cGatewayClients& m_gateway;
   gateway::cTask m_look;

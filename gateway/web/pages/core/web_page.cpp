@@ -3,7 +3,6 @@
 
 #include <gateway/web/pages/core/form_parts.h>
 #include <gateway/web/pages/core/layout.h>
-#include <gateway/web/pages/core/request_header.h>
 #include <gateway/web/pages/core/routes.h>
 #include <tav/framework/helper.h>
 #include <tav/http/http_protocol.h>
@@ -94,8 +93,6 @@ void cWebPage::OnTimeout() {
 // ---- what the visitor sent
 
 bool cWebPage::IsPost() const { return GetRequest().GetRecord().GetTextPar(http::kRequestMethod) == "POST"; }
-
-std::string cWebPage::Header(const char* name) const { return HeaderOf(GetRequest(), name); }
 
 std::string cWebPage::RemoteAddress() const { return GetRequest().GetRecord().GetTextPar(http::kRemoteAddr); }
 

@@ -76,7 +76,6 @@ class cWebPage : public cHttpPage {
   std::string Query(const char* name) const { return GetRequest().GetFromQueryString(name); }
   std::string Posted(const char* name) const { return GetRequest().GetFromPostData(name); }
   bool IsPost() const;
-  std::string Header(const char* name) const;  // in lower case
   std::string RemoteAddress() const;
 
   // ---- ending with a whole answer

@@ -11,7 +11,7 @@
 #include <string_view>
 #include <vector>
 
-#include <gateway/driver/sml/decimal_text.h>
+#include <gateway/driver/sml/sml_decimal.h>
 #include <gateway/driver/sml/sml_explain.h>
 
 using namespace tav::sml;
@@ -45,7 +45,7 @@ class cScribe : public cSmlSink {
     Number(entry.offset), Number(entry.size), Number(entry.obis), Number(entry.status.value_or(1)),
         Number(entry.time.seconds);
     Number(entry.unit.value_or(0)), Octets(entry.value.octets), Octets(entry.signature);
-    if (entry.value.IsNumber()) text += cDecimalText(entry.value, entry.scaler.value_or(0)).View();
+    if (entry.value.IsNumber()) text += DecimalText(entry.value, entry.scaler.value_or(0)).View();
   }
   void Number(std::uint64_t number) { text += std::to_string(number) + ' '; }
   void Octets(cBytes bytes) { text.append(bytes.begin(), bytes.end()); }

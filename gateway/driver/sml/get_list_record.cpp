@@ -4,9 +4,9 @@
 #include <limits>
 #include <optional>
 
-#include <gateway/driver/sml/decimal_text.h>
 #include <gateway/driver/sml/dlms_units.h>
 #include <gateway/driver/sml/obis_code.h>
+#include <gateway/driver/sml/sml_decimal.h>
 
 namespace tav::sml {
 
@@ -58,13 +58,13 @@ bool AppendNumber(vorn::cRecord& record, const cSmlValue& value, std::int8_t sca
   constexpr std::int64_t kMinInt = std::numeric_limits<std::int32_t>::min();
   constexpr std::int64_t kMaxInt = std::numeric_limits<std::int32_t>::max();
   if (!ShiftsRight(value, scaler)) {
-    record.AppendTextPar("value", cDecimalText(value, scaler).View());
+    record.AppendTextPar("value", DecimalText(value, scaler).View());
     return false;
   }
   if (value.type == eSmlInt && value.Signed() >= kMinInt && value.Signed() <= kMaxInt)
     record.AppendIntPar("value", static_cast<int>(value.Signed()));
   else if (value.IsNegative())
-    record.AppendTextPar("value", cDecimalText(value, 0).View());
+    record.AppendTextPar("value", DecimalText(value, 0).View());
   else if (value.bits <= std::numeric_limits<std::uint32_t>::max())
     record.AppendUIntPar("value", static_cast<unsigned int>(value.bits));
   else

@@ -5,9 +5,9 @@
 #include <cstdio>
 #include <iterator>
 
-#include <gateway/driver/sml/decimal_text.h>
 #include <gateway/driver/sml/dlms_units.h>
 #include <gateway/driver/sml/obis_code.h>
+#include <gateway/driver/sml/sml_decimal.h>
 
 namespace tav::sml {
 
@@ -81,7 +81,7 @@ std::string ValueText(const cSmlValue& value, std::int8_t scaler) {
   switch (value.type) {
     case eSmlInt:
     case eSmlUInt:
-      return cDecimalText(value, scaler).ToString();
+      return DecimalText(value, scaler).ToString();
     case eSmlBool:
       return value.bits != 0 ? "true" : "false";
     case eSmlOctets:

@@ -24,7 +24,7 @@ std::string Text(const cSmlEntry& entry) {
   if (entry.time.kind != eSmlNoTime)
     text += " time " + std::to_string(entry.time.kind) + ":" + std::to_string(entry.time.seconds);
   if (entry.value.IsNumber())
-    text += " = " + cDecimalText(entry.value, entry.scaler.value_or(0)).ToString();
+    text += " = " + DecimalText(entry.value, entry.scaler.value_or(0)).ToString();
   else if (entry.value.type == eSmlBool)
     text += entry.value.bits != 0 ? " = true" : " = false";
   else if (entry.value.type != eSmlAbsent)

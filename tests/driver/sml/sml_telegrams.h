@@ -9,8 +9,8 @@
 #include <string_view>
 #include <vector>
 
-#include <gateway/driver/sml/decimal_text.h>
 #include <gateway/driver/sml/obis_code.h>
+#include <gateway/driver/sml/sml_decimal.h>
 #include <gateway/driver/sml/sml_reader.h>
 #include <gateway/driver/sml/sml_writer.h>
 

@@ -7,26 +7,28 @@
 #include <string>
 #include <string_view>
 
-#include <gateway/driver/sml/sml_types.h>
-
-namespace tav::sml {
+namespace tav {
 
 class cDecimalText {
  public:
-  cDecimalText(bool negative, std::uint64_t magnitude, std::int8_t scaler);
-  // Of a number; the sign and width are those tagged on the wire.
-  cDecimalText(const cSmlValue& value, std::int8_t scaler)
-      : cDecimalText(value.IsNegative(), value.Magnitude(), scaler) {}
+  // Digits there may be, and how far they may be shifted either way; what is more is cut off.
+  static constexpr std::size_t kMostDigits = 160;
+  static constexpr int kMostScaler = 400;
+
+  cDecimalText(bool negative, std::uint64_t magnitude, int scaler);
+  // digits: decimal, without leading zeros; "0" for nothing.
+  cDecimalText(bool negative, std::string_view digits, int scaler);
 
   std::string_view View() const { return {m_text, m_size}; }
   std::string ToString() const { return std::string(View()); }
 
  private:
+  void Set(bool negative, std::string_view digits, int scaler);
   void Append(std::string_view text);
   void AppendZeros(std::size_t count);
 
   std::size_t m_size = 0;
-  char m_text[160];  // sign, point, 20 digits, and 128 zeros at most
+  char m_text[4 + kMostDigits + kMostScaler];  // sign, "0." and all the digits and zeros
 };
 
-}  // namespace tav::sml
+}  // namespace tav

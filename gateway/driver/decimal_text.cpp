@@ -1,19 +1,28 @@
 // SPDX-License-Identifier: Apache-2.0
-#include <gateway/driver/sml/decimal_text.h>
+#include <gateway/driver/decimal_text.h>
 
+#include <algorithm>
 #include <charconv>
 #include <cstring>
 
-namespace tav::sml {
+namespace tav {
 
-cDecimalText::cDecimalText(bool negative, std::uint64_t magnitude, std::int8_t scaler) {
+cDecimalText::cDecimalText(bool negative, std::uint64_t magnitude, int scaler) {
   char buffer[20];
   const std::to_chars_result end = std::to_chars(buffer, buffer + sizeof buffer, magnitude);
-  const std::string_view digits(buffer, static_cast<std::size_t>(end.ptr - buffer));
+  Set(negative, {buffer, static_cast<std::size_t>(end.ptr - buffer)}, scaler);
+}
+
+cDecimalText::cDecimalText(bool negative, std::string_view digits, int scaler) {
+  Set(negative, digits.substr(0, kMostDigits), scaler);
+}
+
+void cDecimalText::Set(bool negative, std::string_view digits, int scaler) {
+  scaler = std::clamp(scaler, -kMostScaler, kMostScaler);
   if (negative) Append("-");
   if (scaler >= 0) {
     Append(digits);
-    if (magnitude != 0) AppendZeros(static_cast<std::size_t>(scaler));
+    if (digits != "0") AppendZeros(static_cast<std::size_t>(scaler));
     return;
   }
   const auto places = static_cast<std::size_t>(-scaler);
@@ -38,4 +47,4 @@ void cDecimalText::AppendZeros(std::size_t count) {
   m_size += count;
 }
 
-}  // namespace tav::sml
+}  // namespace tav

@@ -1,20 +1,18 @@
 // SPDX-License-Identifier: Apache-2.0
-#include <gateway/driver/sml/decimal_text.h>
+#include <gateway/driver/decimal_text.h>
 
 #include <gtest/gtest.h>
 
 #include <cstdint>
 #include <string>
 
-using namespace tav::sml;
+using namespace tav;
 
 namespace {
 
 std::string Signed(std::int64_t value, int scaler) {
-  cSmlValue sent;
-  sent.type = eSmlInt;
-  sent.bits = static_cast<std::uint64_t>(value);
-  return cDecimalText(sent, static_cast<std::int8_t>(scaler)).ToString();
+  const auto bits = static_cast<std::uint64_t>(value);
+  return cDecimalText(value < 0, value < 0 ? 0 - bits : bits, scaler).ToString();
 }
 
 }  // namespace
@@ -57,6 +55,18 @@ TEST(DecimalText, TakesTheLargestUnsignedNumber) {
 }
 
 TEST(DecimalText, HasRoomForTheOutermostScalers) {
-  EXPECT_EQ(cDecimalText(true, UINT64_MAX, 127).View(), "-18446744073709551615" + std::string(127, '0'));
-  EXPECT_EQ(cDecimalText(true, 1, -128).View(), "-0." + std::string(127, '0') + "1");
+  const int most = cDecimalText::kMostScaler;
+  const std::string zeros(cDecimalText::kMostScaler, '0');
+  for (const int scaler : {most, most + 1, 1000000})
+    EXPECT_EQ(cDecimalText(true, UINT64_MAX, scaler).View(), "-18446744073709551615" + zeros) << scaler;
+  for (const int scaler : {-most, -most - 1, -1000000})
+    EXPECT_EQ(cDecimalText(true, 1, scaler).View(), "-0." + zeros.substr(1) + "1") << scaler;
+}
+
+TEST(DecimalText, TakesDigitsOfAnySize) {
+  EXPECT_EQ(cDecimalText(true, "123456789012345678901234567890", -29).View(), "-1.23456789012345678901234567890");
+  EXPECT_EQ(cDecimalText(false, "0", 5).View(), "0");
+  const std::string most(cDecimalText::kMostDigits, '7');
+  EXPECT_EQ(cDecimalText(true, most, cDecimalText::kMostScaler).View(), "-" + most + std::string(400, '0'));
+  EXPECT_EQ(cDecimalText(true, most + "8", -400).View(), "-0." + std::string(240, '0') + most);
 }

@@ -17,6 +17,8 @@
 #include <tav/http/http_protocol.h>
 #include <tav/http/http_request.h>
 #include <tav/http/http_session.h>
+#include <tav/obis/mbus_unit.h>
+#include <tav/obis/mbus_vib_helper.h>
 #include <tav/obis/obis_map.h>
 #include <tav/obis/obis_map_entry.h>
 #include <tav/obis/obis_protocol.h>

@@ -40,7 +40,8 @@ cDriverProcess::cDriverProcess(const std::string& name, const cDriverOptions& op
   m_tellStatus.Start(0, eTellStatus);
 }
 
-cDriverProcess::~cDriverProcess() = default;
+// What they have to tell still goes to the delivery.
+cDriverProcess::~cDriverProcess() { m_interfaces.clear(); }
 
 int cDriverProcess::Work() {
   Run();

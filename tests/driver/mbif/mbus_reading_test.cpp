@@ -126,7 +126,7 @@ TEST_F(MBusReading, HasTheValuesOfAllTelegrams) {
 }
 
 TEST_F(MBusReading, TellsTextsAndTimesWithoutAUnit) {
-  EXPECT_THAT(Make({HeatFrame("0DFD0C 03 434241 426C BF2C 046D 0D 0B 38 11")}),
+  EXPECT_THAT(Make({HeatFrame("0DFD0C 03 434241 426C BF1C 046D 0D 0B 38 11")}),
               ElementsAre("mbus:0D/FD0C=ABC ", "mbus:42/6C=2013-12-31 ", "mbus:04/6D=2009-01-24T11:13:00 "));
 }
 

@@ -27,7 +27,7 @@ std::string FirstBad(const std::string& json) {
   return "";
 }
 
-std::string Verdict(const sml::cSmlExplanation& explained) {
+std::string Verdict(const cExplanation& explained) {
   if (explained.counts.bad != 0)
     return std::to_string(explained.counts.bad) + " bad telegram(s)" + FirstBad(explained.json);
   if (explained.counts.good == 0) return "no whole telegram in it";
@@ -77,7 +77,7 @@ eExit cExplainCommand::ExplainCapture(cContext& context) const {
   sml::cObisNamer namer;
   if (const auto map = FindRules(context))
     namer = [naming = std::make_shared<cRuleNaming>(*map)](const std::string& obis) { return naming->Ask(obis); };
-  const sml::cSmlExplanation explained = sml::ExplainSml(capture, namer);
+  const cExplanation explained = sml::ExplainSml(capture, namer);
   context.streams.out << (context.json ? explained.json : explained.listing);
   if (context.json) context.streams.out << '\n';
   if (explained.AllGood()) return eExitDone;

@@ -24,6 +24,8 @@ class cTask {
   // Takes back what Start asked for.
   void Stop() { m_timer.Stop(); }
   bool IsStarted() const { return m_timer.IsRunning(); }
+  // Of its messages, for a timer that somebody else starts for it.
+  unsigned int GetType() const { return m_type; }
 
  private:
   friend class cServiceHost;

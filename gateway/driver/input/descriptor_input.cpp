@@ -24,7 +24,8 @@ cDescriptorInput::cDescriptorInput(vorn::cService* service, cInputSpec spec, cIn
       m_spec(std::move(spec)),
       m_events(std::move(events)),
       m_reopenType(reopenType),
-      m_reopen(service) {
+      m_reopen(service),
+      m_writer(service) {
   m_reopen.Start(0, m_reopenType);
 }
 
@@ -58,6 +59,7 @@ void cDescriptorInput::Listen() {
   m_open = true;
   m_watch.reset();
   m_flags = fcntl(m_descriptor, F_GETFL);
+  if (m_spec.IsLive()) m_writer.Begin(m_descriptor);
   if (m_events.onOpen) m_events.onOpen();
   if (!m_paused) Resume();
 }
@@ -71,6 +73,22 @@ void cDescriptorInput::Resume() {
   m_paused = false;
   if (m_open && !m_watch)
     m_watch.emplace(m_service, m_descriptor, vorn::cWatch::eEvent::Read, [this] { OnReadable(); });
+}
+
+void cDescriptorInput::Write(std::string_view bytes) {
+  if (!m_open) return;
+  m_lossReported = false;
+  m_writer.Write(bytes);
+}
+
+void cDescriptorInput::ReadNow() {
+  if (m_open && !m_paused && m_spec.IsLive()) OnReadable();
+}
+
+void cDescriptorInput::SetBaud(unsigned int baud) {
+  m_spec.baud = baud;
+  std::string error;
+  if (m_open && m_spec.kind == eInputKind::Serial && !SetLineSpeed(m_descriptor, m_spec, error)) Lose(error);
 }
 
 void cDescriptorInput::OnReadable() {
@@ -101,10 +119,11 @@ void cDescriptorInput::Lose(const std::string& reason) {
 
 void cDescriptorInput::Close() {
   m_watch.reset();
+  m_writer.End();
   // Watching may have changed what standard input has in common with other processes, such as the shell.
   if (m_open && m_spec.kind == eInputKind::StandardInput) fcntl(m_descriptor, F_SETFL, m_flags);
   m_open = false;
-  if (m_descriptor >= 0) close(m_descriptor);
+  if (m_descriptor >= 0) CloseInput(m_spec, m_descriptor);
   m_descriptor = -1;
 }
 

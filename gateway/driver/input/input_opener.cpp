@@ -5,6 +5,8 @@
 #include <netdb.h>
 #include <netinet/in.h>
 #include <netinet/tcp.h>
+#include <sys/file.h>
+#include <sys/ioctl.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <termios.h>
@@ -46,13 +48,24 @@ bool IsTerminalLine(const std::string& path) {
   return S_ISCHR(info.st_mode) && path != "/dev/stdin" && path != "/dev/null";
 }
 
+bool SetSpeed(int line, const cInputSpec& spec, termios& settings, std::string& error) {
+  const cSpeed* speed = FindSpeed(spec.baud);
+  if (speed != nullptr && cfsetspeed(&settings, speed->speed) == 0 && tcsetattr(line, TCSANOW, &settings) == 0)
+    return true;
+  error = Reason(spec.path + " cannot be set to " + std::to_string(spec.baud) + " " + spec.framing);
+  return false;
+}
+
+bool ReadSettings(int line, const cInputSpec& spec, termios& settings, std::string& error) {
+  if (tcgetattr(line, &settings) == 0) return true;
+  error = Reason(spec.path + " is no serial line");
+  return false;
+}
+
 // Raw bytes: no line discipline touches them, as a meter sends every value of a byte.
 bool SetUpLine(int line, const cInputSpec& spec, std::string& error) {
   termios settings{};
-  if (tcgetattr(line, &settings) != 0) {
-    error = Reason(spec.path + " is no serial line");
-    return false;
-  }
+  if (!ReadSettings(line, spec, settings, error)) return false;
   cfmakeraw(&settings);
   settings.c_cflag &= static_cast<tcflag_t>(~(CSIZE | PARENB | PARODD | CSTOPB | CRTSCTS));
   settings.c_cflag |= CLOCAL | CREAD;
@@ -62,11 +75,7 @@ bool SetUpLine(int line, const cInputSpec& spec, std::string& error) {
   if (spec.framing[2] == '2') settings.c_cflag |= CSTOPB;
   settings.c_cc[VMIN] = 1;
   settings.c_cc[VTIME] = 0;
-  const cSpeed* speed = FindSpeed(spec.baud);
-  if (speed == nullptr || cfsetspeed(&settings, speed->speed) != 0 || tcsetattr(line, TCSANOW, &settings) != 0) {
-    error = Reason(spec.path + " cannot be set to " + std::to_string(spec.baud) + " " + spec.framing);
-    return false;
-  }
+  if (!SetSpeed(line, spec, settings, error)) return false;
   tcflush(line, TCIFLUSH);  // what came before the settings is garbage
   return true;
 }
@@ -83,14 +92,29 @@ int OpenFile(const cInputSpec& spec, std::string& error) {
   return -1;
 }
 
+// Against those who ask for the lock, and by the terminal's own means against those who do not.
+bool Lock(int line, const cInputSpec& spec, std::string& error) {
+  if (!spec.exclusive) return true;
+  if (flock(line, LOCK_EX | LOCK_NB) == 0) {
+    ioctl(line, TIOCEXCL);
+    return true;
+  }
+  error = spec.path + " is in use by another process";
+  return false;
+}
+
 int OpenSerial(const cInputSpec& spec, std::string& error) {
   const int line = open(spec.path.c_str(), O_RDWR | O_CLOEXEC | O_NOCTTY | O_NONBLOCK);
   if (line < 0) {
-    error = Reason("cannot open " + spec.path);
+    error = errno == EBUSY ? spec.path + " is in use by another process" : Reason("cannot open " + spec.path);
+    return -1;
+  }
+  if (!Lock(line, spec, error)) {
+    close(line);
     return -1;
   }
   if (SetUpLine(line, spec, error)) return line;
-  close(line);
+  CloseInput(spec, line);
   return -1;
 }
 
@@ -143,6 +167,17 @@ int OpenStandardInput(std::string& error) {
 }
 
 }  // namespace
+
+// A pseudo terminal keeps what was set, as long as its other side is there.
+void CloseInput(const cInputSpec& spec, int descriptor) {
+  if (spec.kind == eInputKind::Serial && spec.exclusive) ioctl(descriptor, TIOCNXCL);
+  close(descriptor);
+}
+
+bool SetLineSpeed(int line, const cInputSpec& spec, std::string& error) {
+  termios settings{};
+  return ReadSettings(line, spec, settings, error) && SetSpeed(line, spec, settings, error);
+}
 
 bool cInputSpec::Parse(const std::string& text, cInputSpec& spec, std::string& error) {
   if (text.empty()) {

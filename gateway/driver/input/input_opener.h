@@ -16,6 +16,7 @@ struct cInputSpec {
   // Serial line: bits per second, then data bits, parity (N, E, O) and stop bits.
   unsigned int baud = 9600;
   std::string framing = "8N1";
+  bool exclusive = false;  // a device that is asked: nobody else may use it meanwhile
 
   // "tcp://host:port", "-", a device (a terminal line) or any other file. False and the reason in error for a text that
   // is none.
@@ -35,5 +36,9 @@ bool CheckSerialSettings(const cInputSpec& spec, std::string& error);
 // be under way: it is up when the descriptor can be written, and if it fails then, the next attempt takes the host's
 // next address. A host's name is looked up on the spot.
 int OpenInput(const cInputSpec& spec, unsigned int attempt, std::string& error);
+// Closes what was opened; a device is free for others.
+void CloseInput(const cInputSpec& spec, int descriptor);
+// Another rate of an open device, spec's; false and the reason in error.
+bool SetLineSpeed(int line, const cInputSpec& spec, std::string& error);
 
 }  // namespace tav

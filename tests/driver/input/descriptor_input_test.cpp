@@ -71,6 +71,14 @@ class cListener {
   bool Write(const std::string& bytes) const {
     return send(m_peer, bytes.data(), bytes.size(), MSG_NOSIGNAL) == static_cast<ssize_t>(bytes.size());
   }
+  // What came and was not read yet.
+  std::string Read() const {
+    std::string bytes;
+    char block[4096];
+    for (ssize_t size = 0; (size = recv(m_peer, block, sizeof block, MSG_DONTWAIT)) > 0;)
+      bytes.append(block, static_cast<std::size_t>(size));
+    return bytes;
+  }
   void HangUp() {
     if (m_peer >= 0) close(m_peer);
     m_peer = -1;
@@ -95,6 +103,7 @@ class DescriptorInput : public testing::Test {
     std::string error;
     ASSERT_TRUE(cInputSpec::Parse(text, spec, error)) << error;
     m_told.clear();
+    spec.exclusive = m_exclusive;
     m_owner.input = std::make_unique<cDescriptorInput>(&m_owner, spec, MakeEvents(), kReopen);
     EXPECT_THAT(m_told, IsEmpty());  // nothing before the loop runs
   }
@@ -136,6 +145,7 @@ class DescriptorInput : public testing::Test {
   cTempFolder m_folder;
   std::shared_ptr<vorn::cManualClock> m_clock = std::make_shared<vorn::cManualClock>();
   cOwner m_owner{m_clock};
+  bool m_exclusive = false;
   std::vector<std::string> m_told;
   std::string m_bytes;
   int m_blocks = 0;
@@ -378,6 +388,68 @@ TEST_F(TcpInput, AsksAPeerThatHangsUpAtOnceLessAndLessOften) {
   EXPECT_EQ(backOff, cDescriptorInput::kLongestBackOffMs);
 }
 
+TEST_F(TcpInput, WritesWhatIsAsked) {
+  cListener listener;
+  Open(Address(listener.GetPort()));
+  m_owner.input->Write("too early");
+  EXPECT_FALSE(m_owner.input->IsOpen());
+  ASSERT_TRUE(AwaitTold(1));
+  EXPECT_TRUE(m_owner.input->IsOpen());
+  ASSERT_TRUE(Await([&] { return listener.Accept(); }));
+  m_owner.input->Write("one");
+  m_owner.input->Write(AllBytes());
+  std::string read;
+  ASSERT_TRUE(Await([&] { return (read += listener.Read()).size() >= 3 + 256; }));
+  EXPECT_EQ(read, "one" + AllBytes());
+}
+
+TEST_F(TcpInput, WritesMoreThanFitsAsThereIsRoom) {
+  cListener listener;
+  Open(Address(listener.GetPort()));
+  ASSERT_TRUE(AwaitTold(1));
+  ASSERT_TRUE(Await([&] { return listener.Accept(); }));
+  std::string bytes;
+  for (int i = 0; i < 50'000; ++i) bytes += AllBytes();
+  m_owner.input->Write(bytes);
+  m_owner.input->Write("end");
+  std::string read;
+  ASSERT_TRUE(Await([&] { return (read += listener.Read()).size() >= bytes.size() + 3; }));
+  EXPECT_TRUE(read == bytes + "end");
+}
+
+TEST_F(TcpInput, LosesWhatIsNotWrittenWithTheConnection) {
+  cListener listener;
+  Open(Address(listener.GetPort()));
+  ASSERT_TRUE(AwaitTold(1));
+  ASSERT_TRUE(Await([&] { return listener.Accept(); }));
+  m_owner.input->Write(std::string(50'000'000, 'x'));
+  listener.Reset();
+  ASSERT_TRUE(AwaitTold(2));
+  EXPECT_THAT(m_told[1], HasSubstr("lost: "));
+  EXPECT_FALSE(m_owner.input->IsOpen());
+  Pass(cDescriptorInput::kFirstBackOffMs);
+  ASSERT_TRUE(Await([&] { return listener.Accept(); }));
+  m_owner.input->Write("new");
+  std::string read;
+  ASSERT_TRUE(Await([&] { return (read += listener.Read()).size() >= 3; }));
+  EXPECT_EQ(read, "new");
+}
+
+TEST_F(TcpInput, TellsWhoWritesOfEveryLoss) {
+  cListener listener;
+  Open(Address(listener.GetPort()));
+  for (std::size_t round = 1; round <= 3; ++round) {
+    ASSERT_TRUE(Await([&] {
+      m_clock->Advance(100);
+      return m_owner.input->IsOpen() && listener.Accept();
+    }));
+    m_owner.input->Write("question");
+    listener.HangUp();
+    ASSERT_TRUE(AwaitTold(2 * round));
+    EXPECT_THAT(m_told.back(), HasSubstr("lost: "));
+  }
+}
+
 // ---- a serial device
 
 class SerialInput : public DescriptorInput {
@@ -453,6 +525,69 @@ TEST_F(SerialInput, IsWaitedForWhenItIsNotThereYet) {
   ASSERT_TRUE(AwaitTold(2));
   ASSERT_TRUE(line.Write("bytes"));
   EXPECT_TRUE(AwaitBytes("bytes"));
+}
+
+TEST_F(SerialInput, WritesEveryByteUnharmed) {
+  cPseudoLine line(Device());
+  Open(Device());
+  ASSERT_TRUE(AwaitTold(1));
+  m_owner.input->Write(AllBytes());
+  std::string read;
+  ASSERT_TRUE(Await([&] { return (read += line.Read()).size() >= 256; }));
+  EXPECT_EQ(read, AllBytes());
+  EXPECT_EQ(m_bytes, "");  // no echo
+}
+
+TEST_F(SerialInput, TakesWhatHasComeAtOnce) {
+  cPseudoLine line(Device());
+  Open(Device());
+  m_owner.input->ReadNow();  // not open yet
+  ASSERT_TRUE(AwaitTold(1));
+  ASSERT_TRUE(line.Write("bytes"));
+  ASSERT_TRUE(Await([&] {
+    m_owner.input->ReadNow();
+    return m_bytes == "bytes";
+  }));
+}
+
+TEST_F(SerialInput, ChangesItsRateForGood) {
+  auto line = std::make_unique<cPseudoLine>(Device());
+  Open(Device());
+  ASSERT_TRUE(AwaitTold(1));
+  termios settings = line->GetSettings();
+  EXPECT_EQ(cfgetospeed(&settings), speed_t{B9600});
+  m_owner.input->SetBaud(300);
+  settings = line->GetSettings();
+  EXPECT_EQ(cfgetospeed(&settings), speed_t{B300});
+  line->Vanish();
+  line = std::make_unique<cPseudoLine>(Device());  // another device in its place
+  ASSERT_TRUE(AwaitTold(2));
+  Pass(cDescriptorInput::kLongestBackOffMs);
+  ASSERT_TRUE(AwaitTold(3));
+  settings = line->GetSettings();
+  EXPECT_EQ(cfgetospeed(&settings), speed_t{B300});
+}
+
+TEST_F(SerialInput, LosesADeviceThatCannotHaveTheRate) {
+  cPseudoLine line(Device());
+  Open(Device());
+  ASSERT_TRUE(AwaitTold(1));
+  m_owner.input->SetBaud(301);
+  EXPECT_THAT(m_told.back(), HasSubstr("lost: " + Device() + " cannot be set to 301 8N1"));
+}
+
+TEST_F(SerialInput, KeepsADeviceForItselfWhenToldSo) {
+  cPseudoLine line(Device());
+  m_exclusive = true;
+  Open(Device());
+  ASSERT_TRUE(AwaitTold(1));
+  auto first = std::move(m_owner.input);
+  Open(Device());
+  ASSERT_TRUE(AwaitTold(1));
+  EXPECT_THAT(m_told, ElementsAre("lost: " + Device() + " is in use by another process"));
+  first.reset();
+  Pass(cDescriptorInput::kFirstBackOffMs);
+  EXPECT_EQ(m_told.back(), "open");
 }
 
 }  // namespace

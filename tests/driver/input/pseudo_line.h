@@ -42,6 +42,14 @@ class cPseudoLine {
   bool Write(const std::string& bytes) const {
     return write(m_master, bytes.data(), bytes.size()) == static_cast<ssize_t>(bytes.size());
   }
+  // What was written to the line and not read yet.
+  std::string Read() const {
+    std::string bytes;
+    char block[4096];
+    for (ssize_t size = 0; (size = read(m_master, block, sizeof block)) > 0;)
+      bytes.append(block, static_cast<std::size_t>(size));
+    return bytes;
+  }
   termios GetSettings() const {
     termios settings{};
     if (tcgetattr(m_master, &settings) != 0) throw std::runtime_error("no settings");

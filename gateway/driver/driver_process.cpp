@@ -177,7 +177,18 @@ void cDriverProcess::OnProgress() {
   const cDeliveryCounts& counts = m_delivery.GetCounts();
   const std::uint64_t answers = counts.acknowledged + counts.refused;
   if (std::exchange(m_answers, answers) != answers && !m_ending) m_giveUp.Stop();
+  if (m_delivery.IsConnected() && m_delivery.GetOpen() < cDelivery::kWindow) ReportDropped();
   Feed();
+}
+
+// Told when there is room for it: what is lost because the service was away is not lost in silence.
+void cDriverProcess::ReportDropped() {
+  const std::uint64_t dropped = m_delivery.GetCounts().dropped;
+  const std::uint64_t told = std::exchange(m_droppedTold, dropped);
+  if (told == dropped) return;
+  const std::string count = std::to_string(dropped - told) + (dropped - told == 1 ? " reading" : " readings");
+  Report(MakeInterfaceEvent(m_name, m_options.interfaceName, "readings dropped",
+                            count + ": the queue was full while the service was away"));
 }
 
 void cDriverProcess::Feed() {

@@ -87,6 +87,7 @@ class cDriverProcess : public gateway::cServiceHost, protected cInterfaceHost, p
   std::string StatusPrefix() const;
   void ReportRefused(const std::string& name, const std::string& reason);
   void OnProgress();
+  void ReportDropped();
   void Feed();
   void Begin();
   void TellStatus();
@@ -110,8 +111,9 @@ class cDriverProcess : public gateway::cServiceHost, protected cInterfaceHost, p
   std::optional<vorn::cSignalWatch> m_signals;
   unsigned int m_nextTimer = eInputTimer;
   std::uint64_t m_answers = 0;  // of the service, when we last looked
-  bool m_begun = false;         // inputs that can wait have waited for the services
-  bool m_ending = false;        // by a signal
+  std::uint64_t m_droppedTold = 0;
+  bool m_begun = false;   // inputs that can wait have waited for the services
+  bool m_ending = false;  // by a signal
   int m_exitCode = eExitOk;
 };
 

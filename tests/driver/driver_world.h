@@ -38,13 +38,16 @@ class DriverWorld : public testing::Test {
   void Drive() {
     m_begin = m_clock->Now();
     m_driver = MakeDriver();
-    m_data = std::make_unique<cRecordingServer>(m_driver.get(), "data");
-    m_data->onMessage = [this](const vorn::cMsg& msg) { OnData(msg); };
+    ServeData();
     m_lights = std::make_unique<cRecordingServer>(m_driver.get(), "ui");
     m_status = std::make_unique<cRecordingServer>(m_driver.get(), "status");
     m_status->onMessage = [this](const vorn::cMsg& msg) { OnStatus(msg); };
     ASSERT_TRUE(Await([this] { return !m_data->messages.empty() && !m_status->messages.empty(); }));
     Settle();
+  }
+  void ServeData() {
+    m_data = std::make_unique<cRecordingServer>(m_driver.get(), "data");
+    m_data->onMessage = [this](const vorn::cMsg& msg) { OnData(msg); };
   }
   bool Await(const std::function<bool()>& holds) {
     return PollUntil(*m_driver, [&] {

@@ -26,6 +26,8 @@ cMBusCounts& cMBusCounts::operator+=(const cMBusCounts& other) {
   filtered += other.filtered;
   missing += other.missing;
   incomplete += other.incomplete;
+  bytesSent += other.bytesSent;
+  bytesReceived += other.bytesReceived;
   content += other.content;
   return *this;
 }
@@ -49,14 +51,16 @@ cMBusInterface::~cMBusInterface() { DropMeters(); }
 std::unique_ptr<cMBusMaster> cMBusInterface::MakeMaster() {
   cMBusLineSettings line = m_settings.line;
   if (m_settings.simulated) {
-    m_simulated = std::make_unique<cSimulatedBus>(m_host, m_settings.simulation.meters, m_settings.simulation.seed);
+    m_bus = std::make_unique<cMBusBus>(MakeHouse(m_settings.simulation.meters, m_settings.simulation.seed, kUsualBaud));
+    m_simulated = std::make_unique<cSimulatedBus>(m_host, *m_bus, cSimulatedBusOptions{});
     line.input.kind = eInputKind::Serial;
-    line.input.path = m_simulated->GetPath();
+    line.input.path = m_simulated->GetDevice();
   }
   auto master = std::make_unique<cMBusMaster>(m_host, line);
   master->onOpen = [this] { OnLineOpen(); };
   master->onLost = [this](const std::string& why) { OnLineLost(why); };
   master->onBytes = [this](bool sent, cBytes bytes) {
+    (sent ? m_counts.bytesSent : m_counts.bytesReceived) += bytes.size();
     vorn::Trace(DriverUnit(), 32, m_settings.name, sent ? " > " : " < ", [&] { return HexText(bytes, " "); });
   };
   return master;
@@ -254,6 +258,8 @@ void cMBusInterface::Collect(gateway::cStatusValues& values) const {
     values.Set(m_settings.name + "." + name, value);
   };
   set("input", m_ended ? "ended" : m_lost ? "lost" : m_open ? "open" : "opening");
+  set("bytes-sent", std::to_string(counts.bytesSent));
+  set("bytes-received", std::to_string(counts.bytesReceived));
   set("readings-due", std::to_string(counts.due));
   set("readings-missing", std::to_string(counts.missing));
   set("readings-incomplete", std::to_string(counts.incomplete));

@@ -22,6 +22,7 @@
 
 namespace tav::mbus {
 
+class cMBusBus;
 class cSimulatedBus;
 
 // due is delivered + missing, and those that wait or are under way.
@@ -31,6 +32,8 @@ struct cMBusCounts {
   std::uint64_t filtered = 0;   // of those: no value passed the rules, so that there is nothing to store
   std::uint64_t missing = 0;
   std::uint64_t incomplete = 0;
+  std::uint64_t bytesSent = 0;
+  std::uint64_t bytesReceived = 0;
   cMBusReadingCounts content;
 
   cMBusCounts& operator+=(const cMBusCounts& other);
@@ -95,6 +98,7 @@ class cMBusInterface : public cOpenInterface {
   cMBusSettings m_settings;
   cMode m_mode;
   cInterfaceHost& m_owner;
+  std::unique_ptr<cMBusBus> m_bus;  // simulated, with its line
   std::unique_ptr<cSimulatedBus> m_simulated;
   std::unique_ptr<cMBusMaster> m_master;
   std::vector<cMeter> m_meters;

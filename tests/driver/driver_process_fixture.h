@@ -52,10 +52,13 @@ class DriverProcess : public testing::Test {
   }
 
   // ---- the gateway
-  void StartGateway() {
-    m_gateway =
-        std::make_unique<cChildProcess>(std::vector<std::string>{m_gatewayProgram, "data", "--dir", Directory()},
-                                        std::vector<std::string>{}, m_folder.File("gateway.said"));
+  // The service of the readings alone, or all but the web front end.
+  void StartGateway() { StartGateway({"data"}); }
+  void StartGatewayWithAll() { StartGateway({"run", "--no-web"}); }
+  void StartGateway(std::vector<std::string> command) {
+    command.insert(command.begin(), m_gatewayProgram);
+    command.insert(command.end(), {"--dir", Directory()});
+    m_gateway = std::make_unique<cChildProcess>(command, std::vector<std::string>{}, m_folder.File("gateway.said"));
     if (!m_client) {
       m_service = std::make_unique<vorn::cScmService>("driver-test", Directory());
       m_client = std::make_unique<cTestClient>(m_service.get(), "data");

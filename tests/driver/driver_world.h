@@ -131,17 +131,30 @@ class DriverWorld : public testing::Test {
   }
   // The service has new configuration for the driver.
   void Notify(const vorn::cRecord& interface) {
+    vorn::cRecord content;
+    content.AppendRecordPar("interface-record", interface);
+    Notify(interface.GetTextPar("name"), "interface-changed", content);
+  }
+  void Notify(const std::string& interfaceName, const std::string& command, const vorn::cRecord& content) {
     vorn::cMsg msg(db_ctrl::eNotifyDriver);
     vorn::cUuid id;
     id.Create();
     msg.SetId(id);
-    vorn::cRecord content;
-    content.AppendRecordPar("interface-record", interface);
-    msg.Record().AppendTextPar("interface-name", interface.GetTextPar("name"));
-    msg.Record().AppendTextPar("command", "interface-changed");
+    msg.Record().AppendTextPar("interface-name", interfaceName);
+    msg.Record().AppendTextPar("command", command);
     msg.Record().AppendRecordPar("content", content);
     ASSERT_EQ(m_data->GetChannels().front()->Send(msg), 1);
     Settle();
+  }
+  // Something to do at a meter; what the driver says why not, empty when it is done.
+  std::string Command(const std::string& command, const std::string& interfaceName, const std::string& meterId) {
+    vorn::cRecord content;
+    content.AppendTextPar("meterID", meterId);
+    m_data->messages.clear();
+    Notify(interfaceName, command, content);
+    EXPECT_TRUE(Await([this] { return !m_data->messages.empty(); }));
+    const vorn::cMsg& answer = m_data->messages.front();
+    return answer.GetType() == db_ctrl::eDriverDone ? "" : answer.Record().GetTextPar("reason");
   }
 
   cTempFolder m_folder;

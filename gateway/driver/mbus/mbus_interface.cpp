@@ -105,8 +105,9 @@ bool cMBusInterface::HasMeter(const std::string& meterId) const {
 
 // ---- the schedule
 
-// The rules have come, perhaps.
+// The rules have come, perhaps, or what was read last is acknowledged.
 void cMBusInterface::Feed() {
+  if (m_ended) m_owner.OnEnded();
   if (!m_begun && m_mode.rules->IsSettled()) Begin();
 }
 

@@ -35,15 +35,18 @@ class MbifWorld : public DriverWorld<cMBusDriver, cMBusOptions> {
       m_options.meters.push_back(cMBusAddress::Primary(static_cast<std::uint8_t>(number)));
     }
   }
+  void OpenLine() {
+    m_lineHost = std::make_unique<gateway::cServiceHost>("line", m_folder.GetPath(), m_clock);
+    m_line = std::make_unique<cSimulatedBus>(m_lineHost.get(), m_bus, m_lineOptions);
+    m_line->now = [this] { return WallSeconds(); };
+  }
   std::string IdOf(std::size_t meter) const { return IdText(m_bus.GetSlave(meter).GetMeter().GetHeader().id); }
   std::uint32_t WallSeconds() const { return kBegin + static_cast<std::uint32_t>(m_clock->Now() / kSecond); }
 
   // ---- the driver
   std::unique_ptr<cMBusDriver> MakeDriver() override {
     const auto now = [this] { return cMoment{WallSeconds(), cMeterTav::eTsNetworkTime}; };
-    m_lineHost = std::make_unique<gateway::cServiceHost>("line", m_folder.GetPath(), m_clock);
-    m_line = std::make_unique<cSimulatedBus>(m_lineHost.get(), m_bus, m_lineOptions);
-    m_line->now = [this] { return WallSeconds(); };
+    if (!m_line) OpenLine();
     m_options.line.input.kind = eInputKind::Serial;
     m_options.line.input.path = m_line->GetDevice();
     return std::make_unique<cMBusDriver>(m_options, m_rules, m_clock, now);

@@ -527,6 +527,21 @@ TEST_F(SerialInput, IsWaitedForWhenItIsNotThereYet) {
   EXPECT_TRUE(AwaitBytes("bytes"));
 }
 
+TEST_F(SerialInput, OpensALineAsItWasLeft) {
+  cPseudoLine line(Device());
+  cInputSpec spec;
+  spec.kind = eInputKind::Serial;
+  spec.path = Device();
+  spec.framing = "7E2";
+  for (int round = 0; round < 3; ++round) {
+    m_told.clear();
+    m_owner.input.reset();
+    m_owner.input = std::make_unique<cDescriptorInput>(&m_owner, spec, MakeEvents(), kReopen);
+    ASSERT_TRUE(AwaitTold(1));
+    EXPECT_THAT(m_told, ElementsAre("open"));
+  }
+}
+
 TEST_F(SerialInput, WritesEveryByteUnharmed) {
   cPseudoLine line(Device());
   Open(Device());

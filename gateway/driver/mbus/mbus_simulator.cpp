@@ -10,8 +10,8 @@ namespace tav::mbus {
 namespace {
 
 constexpr std::uint32_t kHour = 3600, kDay = 24 * kHour;
-constexpr std::uint32_t kBegin = 1735689600;  // 2025-01-01
-constexpr std::uint32_t kZone = kHour;        // meters keep Central European Time, also in summer
+constexpr std::uint32_t kZone = kHour;                // meters keep Central European Time, also in summer
+constexpr std::uint32_t kBegin = 1735689600 - kZone;  // 2025-01-01
 constexpr unsigned int kMonthsTelegrams = 3;
 constexpr unsigned int kMonthsEach = 5;  // of one telegram
 

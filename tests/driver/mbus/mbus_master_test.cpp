@@ -4,6 +4,7 @@
 #include <gateway/driver/mbus/mbus_timing.h>
 
 #include <tests/driver/input/pseudo_line.h>
+#include <tests/driver/input/tcp_listener.h>
 
 #include "mbus_world.h"
 
@@ -476,6 +477,62 @@ TEST_F(MBusMasterAlone, StopsListeningToNoiseWithoutEnd) {
   }));
   EXPECT_EQ(m_heard->outcome, eOutcome::Damaged);
   EXPECT_EQ(m_heard->cause, "the line does not fall silent");
+}
+
+// ---- behind a network
+
+class MBusMasterOverTcp : public MBusMaster {
+ protected:
+  void Connect() {
+    m_settings.input.kind = eInputKind::Tcp;
+    m_settings.input.host = "127.0.0.1";
+    m_settings.input.port = std::to_string(m_converter.GetPort());
+    MakeMaster();
+    ASSERT_TRUE(Await([this] { return m_master->IsOpen() && m_converter.Accept(); }));
+  }
+  // Waits until the converter has the request, then answers in pieces.
+  cHeard Answer(const std::string& request, eExpected expected, const std::vector<std::string>& pieces,
+                std::int64_t pauseMs) {
+    Begin({request, expected});
+    std::string asked;
+    EXPECT_TRUE(PollUntil(m_host, [&] {
+      if ((asked += m_converter.Read()) != request) m_clock->Advance(1);
+      return asked == request;
+    }));
+    std::uint64_t written = m_heardBytes;
+    for (const std::string& piece : pieces) {
+      Pass(pauseMs);
+      EXPECT_TRUE(m_converter.Write(FromHex(piece)));
+      written += FromHex(piece).size();
+      EXPECT_TRUE(PollUntil(m_host, [&] { return m_heardBytes == written; }));
+    }
+    EXPECT_TRUE(Await([this] { return m_heard.has_value(); }));
+    return m_heard.value_or(cHeard());
+  }
+
+  cTcpListener m_converter;
+};
+
+TEST_F(MBusMasterOverTcp, IsPatientWithTheNetwork) {
+  Connect();
+  EXPECT_EQ(m_master->LongestAnswerMs(), 188 + cMBusTiming::kNetworkMs);
+  EXPECT_EQ(Answer(MakeInitialise(5), eExpected::Ack, {"E5"}, 1600).outcome, eOutcome::Answered);
+  const cHeard data =
+      Answer(MakeReadoutRequest(5, true), eExpected::Data, {"68", "03 03 68 08 05", "78 85", "16"}, 400);
+  EXPECT_EQ(data.outcome, eOutcome::Answered) << data.cause;
+  EXPECT_EQ(data.answerMs, 400);
+}
+
+TEST_F(MBusMasterOverTcp, LosesItsConverterAndFindsItAgain) {
+  Connect();
+  EXPECT_EQ(Answer(MakeInitialise(5), eExpected::Ack, {"E5"}, 10).outcome, eOutcome::Answered);
+  Begin({MakeInitialise(5)});
+  m_converter.HangUp();
+  ASSERT_TRUE(Await([this] { return m_heard.has_value(); }));
+  EXPECT_EQ(m_heard->outcome, eOutcome::LineLost);
+  EXPECT_EQ(m_heard->cause, m_settings.input.ToString() + " ended");
+  ASSERT_TRUE(Await([this] { return m_master->IsOpen() && m_converter.Accept(); }));
+  EXPECT_EQ(Answer(MakeInitialise(5), eExpected::Ack, {"E5"}, 10).outcome, eOutcome::Answered);
 }
 
 }  // namespace

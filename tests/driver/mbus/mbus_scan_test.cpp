@@ -222,7 +222,8 @@ TEST_F(MBusScan, TellsOfAMeterThatCannotBeRead) {
   Connect();
   ScanSecondary();
   ASSERT_THAT(m_found, SizeIs(2));
-  EXPECT_THAT(Found(), testing::UnorderedElementsAre(All()[1], "11111111FFFF0107: meters answer that cannot be told apart, or cannot be read"));
+  EXPECT_THAT(Found(), testing::UnorderedElementsAre(
+                           All()[1], "11111111FFFF0107: meters answer that cannot be told apart, or cannot be read"));
 }
 
 TEST_F(MBusScan, IsNotHarmedByMetersThatVanish) {

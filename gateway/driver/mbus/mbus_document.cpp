@@ -29,7 +29,8 @@ void cMBusDocument::Begin(const cMBusPiece& piece) {
                           "control", "information"})
     m_telegram[key] = nullptr;
   m_telegram["more"] = false;
-  m_telegram["error"] = m_telegram["reason"] = nullptr;
+  m_telegram["error"] = nullptr;
+  m_telegram["reason"] = nullptr;
   m_telegram["values"] = cJson::array();
   if (piece.frame.kind == eFrameAck) return;
   m_telegram["address"] = piece.frame.address;

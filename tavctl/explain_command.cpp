@@ -18,7 +18,8 @@ namespace tav::ctl {
 
 namespace {
 
-// ", the first one at offset 16", of those that are not good, and why where the document says so.
+// ", the first one at offset 16, byte 6: ..." of those that are not good; why stands there only where the document
+// says.
 std::string FirstBad(const std::string& json) {
   const auto document = nlohmann::json::parse(json, nullptr, false);
   if (!document.is_object() || !document.contains("telegrams")) return "";

@@ -14,6 +14,9 @@ namespace {
 using testing::HasSubstr;
 using testing::StartsWith;
 
+// An answer of a heat meter with one record.
+const std::string kMBus = "68 15 15 68 08 05 72 46 01 95 44 18 4E 34 04 54 10 00 00 0C 13 27 04 85 02 72 16";
+
 class ExplainCommand : public TavctlWorld {
  protected:
   static std::string Telegram() { return sml::cSmlSimulator({}).Telegram(kNoon + 100'000'000); }
@@ -21,6 +24,10 @@ class ExplainCommand : public TavctlWorld {
     std::string telegram = Telegram();
     telegram[telegram.size() / 2] = static_cast<char>(telegram[telegram.size() / 2] ^ 1);
     return telegram;
+  }
+  static std::string BytesOf(const std::string& digits) {
+    vorn::cData data;
+    return vorn::cData::FromHex(digits, data) ? data.AsText() : "";
   }
   std::string File(const std::string& bytes) {
     std::ofstream(m_folder.File("capture"), std::ios::binary) << bytes;
@@ -67,6 +74,39 @@ TEST_F(ExplainCommand, FailsWhenThereIsNoTelegram) {
   }
 }
 
+TEST_F(ExplainCommand, KnowsMBusByItsFrames) {
+  for (const std::string& capture : {kMBus, BytesOf(kMBus), "noise" + BytesOf(kMBus), std::string("10 5B 05 60 16")}) {
+    const cOutput output = Run({"--json", "explain", "-"}, capture);
+    EXPECT_EQ(output.exit, eExitDone) << output.err;
+    EXPECT_EQ(output.Json()["kind"], "mbus") << capture;
+  }
+  EXPECT_EQ(Run({"--json", "explain", "-"}, BytesOf(kMBus) + Telegram()).Json()["kind"], "sml");
+  EXPECT_THAT(Run({"explain", "-"}, kMBus).out, HasSubstr("record 0: Volume = 2850.427 m³\n"));
+}
+
+TEST_F(ExplainCommand, NamesValuesReadOverMBusByRules) {
+  std::ofstream(m_folder.File("rules.toml")) << "[[rule]]\nid = 7\nname = \"Volume\"\nobis = \"6-0:1.0.0\"\n"
+                                                "map = \"protocol=mbus,medium=h,dif=0C,vif=13\"\n";
+  const cOutput output = Run({"--json", "explain", "-", "--rules", m_folder.File("rules.toml")}, kMBus);
+  EXPECT_EQ(output.err, "");
+  EXPECT_EQ(output.Json()["telegrams"][0]["values"][0]["rule"]["obis"], "6-0:1.0.0");
+}
+
+TEST_F(ExplainCommand, SaysWhichByteOfAFrameIsWrong) {
+  std::string bad = BytesOf(kMBus);
+  bad[bad.size() - 2] = 0;
+  const cOutput output = Run({"explain", "-"}, BytesOf(kMBus) + bad);
+  EXPECT_EQ(output.exit, eExitNegative);
+  EXPECT_EQ(
+      output.err,
+      "tavctl: standard input: 1 bad telegram(s), the first one at offset 27, byte 25: the checksum is wrong (00)\n");
+  const cOutput cut = Run({"explain", "-"}, bad.substr(0, 22));
+  EXPECT_EQ(cut.exit, eExitNegative);
+  EXPECT_EQ(cut.err,
+            "tavctl: standard input: no whole telegram in it, the first one at offset 0, byte 22: the frame ends too "
+            "early\n");
+}
+
 TEST_F(ExplainCommand, SaysWhichFileCannotBeRead) {
   EXPECT_EQ(Run({"explain", m_folder.File("none")}).err,
             "tavctl: " + m_folder.File("none") + ": cannot be read: No such file or directory\n");
@@ -96,6 +136,21 @@ TEST_F(ExplainCommand, ExplainsCapturesOfRealMeters) {
     EXPECT_EQ(document["kind"], "sml") << entry.path();
     const bool hasBad = document["bad"] != 0 || document["good"] == 0;
     EXPECT_TRUE(output.exit == eExitNegative || (output.exit == eExitDone && !hasBad)) << entry.path();
+  }
+  EXPECT_NE(captures, 0u);
+}
+
+TEST_F(ExplainCommand, TakesCapturesOfRealMBusMetersForMBus) {
+  const char* const folder = std::getenv("TAV_TELEGRAMS");
+  if (folder == nullptr) GTEST_SKIP() << "TAV_TELEGRAMS does not name a folder of captured telegrams";
+  std::size_t captures = 0;
+  for (const auto& entry :
+       std::filesystem::directory_iterator(std::filesystem::path(folder) / "mbus" / "test-frames")) {
+    if (entry.path().extension() != ".hex") continue;
+    ++captures;
+    const cOutput output = Run({"--json", "explain", entry.path()});
+    EXPECT_EQ(output.exit, eExitDone) << output.err;
+    EXPECT_EQ(output.Json()["kind"], "mbus") << entry.path();
   }
   EXPECT_NE(captures, 0u);
 }

@@ -16,6 +16,9 @@ using cJson = nlohmann::ordered_json;
 
 cJson TextOrNull(const std::string& text) { return text.empty() ? cJson(nullptr) : cJson(form::ToUtf8(text)); }
 
+// Names of rules may be no UTF-8.
+std::string Dump(const cJson& json) { return json.dump(-1, ' ', false, cJson::error_handler_t::replace); }
+
 cJson RuleOrNull(const std::optional<cObisNaming::cRule>& rule) {
   if (!rule) return nullptr;
   return {{"id", rule->id}, {"name", rule->name}, {"obis", rule->obis}};
@@ -29,7 +32,8 @@ void cMBusDocument::Begin(const cMBusPiece& piece) {
                           "control", "information"})
     m_telegram[key] = nullptr;
   m_telegram["more"] = false;
-  m_telegram["error"] = m_telegram["reason"] = nullptr;
+  m_telegram["error"] = nullptr;
+  m_telegram["reason"] = nullptr;
   m_telegram["values"] = cJson::array();
   if (piece.frame.kind == eFrameAck) return;
   m_telegram["address"] = piece.frame.address;
@@ -78,7 +82,8 @@ void cMBusDocument::End(const cMBusFault* why, bool hasMore) {
   m_telegram["good"] = why == nullptr;
   m_telegram["more"] = hasMore;
   if (why != nullptr) m_telegram["reason"] = why->ToString();
-  m_telegrams.push_back(std::move(m_telegram));
+  if (!m_telegrams.empty()) m_telegrams += ',';
+  m_telegrams += Dump(m_telegram);
 }
 
 std::string cMBusDocument::ToText(const cExplanation::cCounts& counts) const {
@@ -86,10 +91,11 @@ std::string cMBusDocument::ToText(const cExplanation::cCounts& counts) const {
                       {"good", counts.good},
                       {"bad", counts.bad},
                       {"incomplete", counts.incomplete},
-                      {"skipped_bytes", counts.skippedBytes},
-                      {"telegrams", m_telegrams}};
-  // Names of rules may be no UTF-8.
-  return json.dump(-1, ' ', false, cJson::error_handler_t::replace);
+                      {"skipped_bytes", counts.skippedBytes}};
+  std::string text = Dump(json);
+  text.pop_back();
+  text.reserve(text.size() + m_telegrams.size() + 20);
+  return text.append(",\"telegrams\":[").append(m_telegrams).append("]}");
 }
 
 }  // namespace tav::mbus

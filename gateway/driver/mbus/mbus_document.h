@@ -29,7 +29,7 @@ class cMBusDocument {
   using cJson = nlohmann::ordered_json;
 
   cJson m_telegram;
-  cJson m_telegrams = cJson::array();
+  std::string m_telegrams;  // those that are complete, as text: a capture may hold a great many
 };
 
 }  // namespace tav::mbus

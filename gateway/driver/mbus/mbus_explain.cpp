@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <gateway/driver/mbus/mbus_explain.h>
 
+#include <utility>
+
 #include <gateway/driver/capture_bytes.h>
 #include <gateway/driver/mbus/mbus_document.h>
 #include <gateway/driver/mbus/mbus_listing.h>
@@ -46,7 +48,7 @@ cExplanation cExplainer::Run(cBytes capture) {
   }
   m_result.listing = m_listing.GetText();
   m_result.json = m_document.ToText(m_result.counts);
-  return m_result;
+  return std::move(m_result);
 }
 
 void cExplainer::OnFrame(const cMBusPiece& piece) {

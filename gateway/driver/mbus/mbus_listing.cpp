@@ -2,7 +2,6 @@
 #include <gateway/driver/mbus/mbus_listing.h>
 
 #include <algorithm>
-#include <vector>
 
 #include <gateway/driver/mbus/mbus_field_names.h>
 #include <gateway/driver/mbus/mbus_text.h>
@@ -47,14 +46,6 @@ const char* KindText(eFrameKind kind) {
   return kind == eFrameAck ? "single character" : kind == eFrameShort ? "short frame" : "long frame";
 }
 
-// VIF and VIFE without the text of a plain text VIF.
-std::vector<std::uint8_t> Codes(const cMBusRecord& record) {
-  std::vector<std::uint8_t> codes(record.vib.begin(), record.vib.end());
-  if (codes.empty() || (codes[0] & 0x7F) != kPlainText) return codes;
-  codes.erase(codes.begin() + 1, codes.begin() + 2 + static_cast<std::ptrdiff_t>(record.plainUnit.size()));
-  return codes;
-}
-
 std::string DifText(const cMBusRecord& record) {
   return std::string(DataFieldText(record.dib[0])) + ", " + FunctionText(record.function) + ", storage bit " +
          std::to_string(record.dib[0] >> 6 & 1);
@@ -68,7 +59,8 @@ std::string DifeText(std::uint8_t code) {
 }  // namespace
 
 std::string RecordName(const cMBusRecord& record) {
-  const char* const name = VifName(Codes(record));
+  cVibCodes buffer;
+  const char* const name = VifName(VibCodes(record, buffer));
   std::string text = name != nullptr ? name : "Value";
   if (record.function != eInstantaneous) text += std::string(", ") + FunctionText(record.function);
   if (record.storage != 0) text += ", storage " + std::to_string(record.storage);
@@ -192,7 +184,8 @@ void cMBusListing::Dib(const cMBusRecord& record) {
 }
 
 void cMBusListing::Vib(const cMBusRecord& record) {
-  const std::vector<std::uint8_t> codes = Codes(record);
+  cVibCodes buffer;
+  const cBytes codes = VibCodes(record, buffer);
   const std::size_t main = CodeSize(codes);
   const std::string scale = record.meaning.scaler != 0 ? ", 10^" + std::to_string(record.meaning.scaler) : "";
   const std::string unit = Unit(record);

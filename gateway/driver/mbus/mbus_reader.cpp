@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <gateway/driver/mbus/mbus_reader.h>
 
+#include <algorithm>
+
 #include <gateway/driver/mbus/mbus_fixed.h>
 
 namespace tav::mbus {
@@ -20,6 +22,20 @@ constexpr std::uint8_t kCounterDif[2][2] = {{0x0C, 0x4C}, {0x04, 0x44}};
 
 constexpr const char* kFunctionTexts[] = {"Instantaneous value",      "Maximum value",         "Minimum value",
                                           "Value during error state", "Manufacturer specific", "More records follow"};
+
+// Field by field: at once it is a string instruction, which takes longer than all the rest of a record.
+void Clear(cMBusRecord& record) {
+  record.offset = 0;
+  record.bytes = record.dib = record.vib = record.data = record.plainUnit = cBytes();
+  record.function = eInstantaneous;
+  record.length = 0;
+  record.storage = 0;
+  record.tariff = 0;
+  record.subunit = 0;
+  record.meaning = {};
+  record.value = {};
+  record.mark = nullptr;
+}
 
 void Mark(cMBusRecord& record, const char* mark) {
   record.mark = mark;
@@ -43,6 +59,14 @@ void ReadData(cMBusRecord& record, std::uint8_t field) {
 
 }  // namespace
 
+cBytes VibCodes(const cMBusRecord& record, cVibCodes& codes) {
+  if (record.vib.empty() || (record.vib[0] & ~kExtension) != kPlainText) return record.vib;
+  const cBytes extensions = record.vib.subspan(2 + record.plainUnit.size());
+  codes[0] = record.vib[0];
+  std::copy(extensions.begin(), extensions.end(), codes.begin() + 1);
+  return cBytes(codes).first(1 + extensions.size());
+}
+
 const char* FunctionText(eFunction function) { return kFunctionTexts[function]; }
 
 void cMBusReader::Begin(const cMBusTelegram& telegram) {
@@ -57,7 +81,7 @@ void cMBusReader::Begin(const cMBusTelegram& telegram) {
 }
 
 bool cMBusReader::Next(cMBusRecord& record) {
-  record = {};
+  Clear(record);
   return m_fixed ? NextFixed(record) : NextVariable(record);
 }
 
@@ -119,15 +143,15 @@ bool cMBusReader::TakeDib(cMBusRecord& record) {
   return true;
 }
 
-// VIF, the text of a plain text VIF, VIFE. codes are those without the text.
-bool cMBusReader::TakeVib(cMBusRecord& record, std::uint8_t (&codes)[1 + kMostExtensions], std::size_t& count) {
+// VIF, the text of a plain text VIF, VIFE.
+bool cMBusReader::TakeVib(cMBusRecord& record) {
   const std::size_t begin = m_at;
-  for (bool goesOn = true; goesOn;) {
+  std::uint8_t code = kExtension;
+  for (std::size_t count = 0; (code & kExtension) != 0; ++count) {
     if (!HasByte()) return Fail("the telegram ends within a VIB", m_at);
     if (count == 1 + kMostExtensions) return Fail("a VIB of more than 10 VIFE", m_at);
-    codes[count++] = m_data[m_at++];
-    goesOn = (codes[count - 1] & kExtension) != 0;
-    if (count == 1 && (codes[0] & ~kExtension) == kPlainText && !TakePlainUnit(record)) return false;
+    code = m_data[m_at++];
+    if (count == 0 && (code & ~kExtension) == kPlainText && !TakePlainUnit(record)) return false;
   }
   record.vib = m_data.subspan(begin, m_at - begin);
   return true;
@@ -144,9 +168,7 @@ bool cMBusReader::TakePlainUnit(cMBusRecord& record) {
 
 bool cMBusReader::TakeData(cMBusRecord& record) {
   const std::uint8_t field = record.dib[0] & 0x0F;
-  std::uint8_t codes[1 + kMostExtensions];
-  std::size_t count = 0;
-  if (!TakeVib(record, codes, count)) return false;
+  if (!TakeVib(record)) return false;
   if (field == eFieldVariable && !HasByte()) return Fail("the telegram ends before the data of a record", m_at);
   if (field == eFieldVariable) record.length = m_data[m_at];
   const cMBusDataSize size = DataSize(field, record.length);
@@ -155,7 +177,8 @@ bool cMBusReader::TakeData(cMBusRecord& record) {
   if (size.bytes > m_data.size() - m_at) return Fail("the data of a record end too early", m_data.size());
   record.data = m_data.subspan(m_at, size.bytes);
   m_at += size.bytes;
-  record.meaning = m_vib.Decode({codes, count});
+  cVibCodes codes;
+  record.meaning = m_vib.Decode(VibCodes(record, codes));
   ReadData(record, field);
   return true;
 }

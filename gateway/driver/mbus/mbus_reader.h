@@ -11,6 +11,7 @@
 // same: its bytes, marked with the reason. Nothing is allocated for a record.
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <string>
 
@@ -69,7 +70,7 @@ class cMBusReader {
   bool NextVariable(cMBusRecord& record);
   bool NextFixed(cMBusRecord& record);
   bool TakeDib(cMBusRecord& record);
-  bool TakeVib(cMBusRecord& record, std::uint8_t (&codes)[1 + kMostExtensions], std::size_t& count);
+  bool TakeVib(cMBusRecord& record);
   bool TakePlainUnit(cMBusRecord& record);
   bool TakeData(cMBusRecord& record);
   void TakeMakers(cMBusRecord& record);
@@ -85,6 +86,10 @@ class cMBusReader {
   bool m_hasFault = false, m_hasMore = false;
   cMBusFault m_fault;
 };
+
+// VIF and VIFE, without the text of a plain text VIF; codes are where they are put together for one.
+using cVibCodes = std::array<std::uint8_t, 1 + kMostExtensions>;
+cBytes VibCodes(const cMBusRecord& record, cVibCodes& codes);
 
 // "Instantaneous value" and so on, as the standard has it.
 const char* FunctionText(eFunction function);

@@ -61,7 +61,7 @@ void ReadFixedHeader(cBytes bytes, cMBusTelegram& telegram) {
   const std::uint8_t status = bytes[5];
   telegram.binary = (status & 0x01) != 0;
   telegram.stored = (status & 0x02) != 0;
-  const unsigned int medium = bytes[6] >> 6 | (bytes[7] >> 6) << 2;
+  const auto medium = static_cast<unsigned int>(bytes[6] >> 6 | bytes[7] >> 6 << 2);
   const auto errors = static_cast<std::uint8_t>(status & 0xFC);
   telegram.header = {true, Id(bytes), 0, 0, kFixedMedia[medium], bytes[4], errors, 0};
 }

@@ -23,7 +23,7 @@ void TakeDate(std::uint8_t dayByte, std::uint8_t monthByte, unsigned int century
   time.hasDate = true;
   time.day = dayByte & 0x1F;
   time.month = monthByte & 0x0F;
-  time.year = Year(dayByte >> 5 | monthByte >> 4 << 3, century);
+  time.year = Year(static_cast<unsigned int>(dayByte >> 5 | monthByte >> 4 << 3), century);
 }
 
 void TakeTime(std::uint8_t hourByte, std::uint8_t minuteByte, cMBusTime& time) {

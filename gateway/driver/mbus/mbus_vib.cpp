@@ -16,6 +16,7 @@ constexpr std::uint8_t kSecondTable = 0x7C;  // of combinable VIFE
 constexpr std::uint8_t kNoError = 0x00;
 constexpr std::uint8_t kFirstPer = 0x20;
 constexpr std::uint8_t kLastPer = 0x38;
+constexpr std::uint64_t kSpread = 0x9E3779B97F4A7C15;  // 2^64 by the golden ratio: near numbers get far places
 constexpr unsigned int kDurations[] = {eMBusSecond, eMBusMinute, eMBusHour, eMBusDay};  // by two bits
 
 // What is put behind a unit by VIFE 20 to 38, in the order of EN 13757-3, combinable VIFE.
@@ -80,6 +81,15 @@ std::size_t CodeSize(cBytes codes) {
 }
 
 cVibMeaning cMBusVib::Decode(cBytes codes) {
+  if (codes.empty() || codes.size() > kLongestKnown) return Ask(codes);
+  std::uint64_t key = 1;
+  for (const std::uint8_t code : codes) key = key << 8 | code;
+  cKnown& known = m_known[key * kSpread >> (64 - kKnownBits)];
+  if (known.codes != key) known = {key, Ask(codes)};
+  return known.meaning;
+}
+
+cVibMeaning cMBusVib::Ask(cBytes codes) {
   cVibMeaning meaning;
   if (codes.empty()) return meaning;
   const std::size_t main = CodeSize(codes);

@@ -3,6 +3,7 @@
 // combinable VIFE turn the value into (EN 13757-3, value information block).
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <string>
@@ -22,17 +23,27 @@ struct cVibMeaning {
   const char* error = nullptr;  // the meter says that there is no value, and why
 };
 
+// Meters send the same few blocks again and again: what a block means is remembered.
 class cMBusVib {
  public:
   // codes: VIF and VIFE, without the text of a plain text VIF. Allocates nothing but what it keeps for the next call.
   cVibMeaning Decode(cBytes codes);
 
  private:
+  struct cKnown {
+    std::uint64_t codes = 0;  // with a 1 before the first; 0: nothing is known yet
+    cVibMeaning meaning;
+  };
+  static constexpr std::size_t kLongestKnown = 7;
+  static constexpr unsigned int kKnownBits = 7;
+
+  cVibMeaning Ask(cBytes codes);
   void TakeMain(cBytes codes, cVibMeaning& meaning);
   void TakeExtension(std::uint8_t code, cVibMeaning& meaning);
   void AddScaler(std::uint8_t code, cVibMeaning& meaning);
 
   cMBusVIBHelper m_helper;
+  std::array<cKnown, std::size_t{1} << kKnownBits> m_known;
 };
 
 // "Wh", "m³/h", "Wh/h": the helper's text and what the value is for each of, as ISO 8859-1.

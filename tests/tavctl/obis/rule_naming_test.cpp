@@ -43,6 +43,27 @@ TEST(RuleNaming, TellsTheNearestWhenNoneFits) {
   EXPECT_THAT(cRuleNaming(cObisMap()).Ask("1-0:1.8.0*255").notes, ElementsAre("no rule names it, and none is near"));
 }
 
+TEST(RuleNaming, NamesValuesReadOverMBusByTheirBlocks) {
+  cObisMap map;
+  map.Add({5, "Volume", "8-0:1.0.0", "protocol=mbus,medium=W,dif=0C,vif=13"});
+  map.Add({9, "Due", "8-0:1.2.0", "protocol=mbus,medium=W,dif=4C,vif=13"});
+  cRuleNaming naming(map);
+  const auto block = [](const char* digits) {
+    vorn::cData data;
+    EXPECT_TRUE(vorn::cData::FromHex(digits, data));
+    return data;
+  };
+  const cObisNaming named = naming.Ask("5", "W", block("0C"), block("13"));
+  ASSERT_TRUE(named.rule);
+  EXPECT_EQ(named.rule->obis, "8-0:1.0.0");
+  EXPECT_THAT(named.notes, SizeIs(1));
+  const cObisNaming none = naming.Ask("5", "h", block("0C"), block("13"));
+  EXPECT_FALSE(none.rule);
+  EXPECT_THAT(none.notes.front(), "no rule names it");
+  EXPECT_THAT(none.notes, SizeIs(3)) << "those with the same VIF";
+  EXPECT_THAT(naming.Ask("5", "W", block("0C"), block("14")).notes, ElementsAre("no rule names it, and none is near"));
+}
+
 TEST(RuleNaming, CountsWhatItDoesNotTell) {
   cRuleNaming naming(rules::MakeDefaultRules());
   const cObisNaming& named = naming.Ask("1-0:1.8.0*255");

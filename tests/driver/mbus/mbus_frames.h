@@ -2,18 +2,16 @@
 // The words of the M-Bus tests: frames of meters put together from their fields.
 #pragma once
 
-#include <numeric>
 #include <string>
 
-#include <tests/driver/mbus/mbus_bytes.h>
+#include <gateway/driver/mbus/mbus_requests.h>
+#include <tests/driver/mbus/mbus_digits.h>
 
 // A long frame around C, A, CI and data.
 inline std::string LongFrame(const std::string& digits) {
   const std::string fields = FromHex(digits);
-  const auto length = static_cast<char>(fields.size());
-  const auto sum = std::accumulate(fields.begin(), fields.end(), 0u,
-                                   [](unsigned int a, char b) { return a + static_cast<unsigned char>(b); });
-  return std::string{'\x68', length, length, '\x68'} + fields + static_cast<char>(sum) + '\x16';
+  const tav::mbus::cBytes bytes = View(fields);
+  return tav::mbus::MakeLongFrame(bytes[0], bytes[1], bytes[2], bytes.subspan(3));
 }
 
 // An answer of the heat meter SPX 44950146 at address 5, with these records.

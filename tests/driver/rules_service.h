@@ -39,9 +39,8 @@ class cRulesService {
     m_store.reset();
   }
 
-  void Set(unsigned long long id, const std::string& obis) {
-    Change(obis::eSetRule, cObisMapEntry(id, "rule", obis, "protocol=dlms"));
-  }
+  void Set(unsigned long long id, const std::string& obis) { Set({id, "rule", obis, "protocol=dlms"}); }
+  void Set(const cObisMapEntry& rule) { Change(obis::eSetRule, rule); }
   void Remove(unsigned long long id) {
     Change(obis::eRemoveRule, cObisMapEntry(id, "rule", "1-0:1.8.0", "protocol=dlms"));
   }

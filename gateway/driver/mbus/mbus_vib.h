@@ -38,6 +38,9 @@ class cMBusVib {
   static constexpr unsigned int kKnownBits = 7;
 
   cVibMeaning Ask(cBytes codes);
+  void TakeMain(cBytes codes, cVibMeaning& meaning);
+  void TakeExtension(std::uint8_t code, cVibMeaning& meaning);
+  void AddScaler(std::uint8_t code, cVibMeaning& meaning);
 
   cMBusVIBHelper m_helper;
   std::array<cKnown, std::size_t{1} << kKnownBits> m_known;

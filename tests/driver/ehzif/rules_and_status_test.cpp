@@ -11,14 +11,6 @@ using testing::HasSubstr;
 
 class RulesAndStatus : public EhzifProcess {
  protected:
-  void StartAllServices() {
-    m_gateway =
-        std::make_unique<cChildProcess>(std::vector<std::string>{TAV_GATEWAY, "run", "--no-web", "--dir", Directory()},
-                                        std::vector<std::string>{}, m_folder.File("gateway.said"));
-    m_service = std::make_unique<vorn::cScmService>("ehzif-test", Directory());
-    m_client = std::make_unique<cTestClient>(m_service.get(), "data");
-    ASSERT_TRUE(m_client->AwaitConnection()) << Load("gateway.said");
-  }
   // What tavctl writes goes to a file; its exit code.
   int Ctl(const std::string& arguments) const {
     const std::string command =
@@ -59,7 +51,7 @@ class RulesAndStatus : public EhzifProcess {
 };
 
 TEST_F(RulesAndStatus, ARuleThatIsSetNamesWhatIsReadNext) {
-  StartAllServices();
+  StartGatewayWithAll();
   m_line = std::make_unique<cPseudoLine>(m_folder.File("line"));
   Start({"--input", m_folder.File("line")});
   ASSERT_TRUE(AwaitStoresAs("1-1:77.66.5", false)) << "the shipped rules have come, and do not have it";
@@ -73,7 +65,7 @@ TEST_F(RulesAndStatus, ARuleThatIsSetNamesWhatIsReadNext) {
 }
 
 TEST_F(RulesAndStatus, TheDriverShowsWhenItReadLast) {
-  StartAllServices();
+  StartGatewayWithAll();
   Start({"--input", "sim", "--period", "1"});
   ASSERT_TRUE(AwaitStored(1)) << Said();
   ASSERT_TRUE(AwaitCtl("status ehzif", kMeter + ".last-reading")) << Load("ctl");

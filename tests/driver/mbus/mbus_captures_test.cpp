@@ -17,7 +17,7 @@
 
 #include <gateway/driver/capture_bytes.h>
 #include <gateway/driver/mbus/mbus_frame.h>
-#include <tests/driver/mbus/mbus_bytes.h>
+#include <tests/driver/mbus/mbus_digits.h>
 
 using namespace tav::mbus;
 using nlohmann::json;

@@ -5,7 +5,7 @@
 #include <numeric>
 #include <string>
 
-#include <tests/driver/mbus/mbus_bytes.h>
+#include <tests/driver/mbus/mbus_digits.h>
 
 // A long frame around C, A, CI and data.
 inline std::string LongFrame(const std::string& digits) {

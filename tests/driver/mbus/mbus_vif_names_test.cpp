@@ -3,7 +3,7 @@
 
 #include <gtest/gtest.h>
 
-#include <tests/driver/mbus/mbus_bytes.h>
+#include <tests/driver/mbus/mbus_digits.h>
 
 using namespace tav::mbus;
 

@@ -11,7 +11,7 @@ endforeach()
 set_target_properties(vorn PROPERTIES INSTALL_RPATH "")  # needs none of ours
 set_target_properties(tav PROPERTIES INSTALL_RPATH "$ORIGIN")
 install(TARGETS vorn tav EXPORT tavTargets LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}")
-foreach(program tav-gateway ehzif mbif tavctl)
+foreach(program tav-gateway ehzif mbif mbussim tavctl)
   if(TARGET ${program})
     set_target_properties(${program} PROPERTIES INSTALL_RPATH "$ORIGIN/../${CMAKE_INSTALL_LIBDIR}")
     install(TARGETS ${program} RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}")

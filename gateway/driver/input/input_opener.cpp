@@ -9,6 +9,7 @@
 #include <sys/ioctl.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
+#include <sys/sysmacros.h>
 #include <termios.h>
 #include <unistd.h>
 
@@ -62,6 +63,12 @@ bool ReadSettings(int line, const cInputSpec& spec, termios& settings, std::stri
   return false;
 }
 
+bool IsPseudoTerminal(int line) {
+  constexpr unsigned int kFirstMajor = 136, kLastMajor = 143;
+  struct stat info {};
+  return fstat(line, &info) == 0 && major(info.st_rdev) >= kFirstMajor && major(info.st_rdev) <= kLastMajor;
+}
+
 // Raw bytes: no line discipline touches them, as a meter sends every value of a byte.
 bool SetUpLine(int line, const cInputSpec& spec, std::string& error) {
   termios settings{};
@@ -73,6 +80,9 @@ bool SetUpLine(int line, const cInputSpec& spec, std::string& error) {
   if (spec.framing[1] != 'N') settings.c_cflag |= PARENB;
   if (spec.framing[1] == 'O') settings.c_cflag |= PARODD;
   if (spec.framing[2] == '2') settings.c_cflag |= CSTOPB;
+  // It has no bits on a wire: the kernel keeps to this, and the C library takes that for a failure.
+  if (IsPseudoTerminal(line))
+    settings.c_cflag = (settings.c_cflag & static_cast<tcflag_t>(~(CSIZE | PARENB | PARODD))) | CS8;
   settings.c_cc[VMIN] = 1;
   settings.c_cc[VTIME] = 0;
   if (!SetSpeed(line, spec, settings, error)) return false;

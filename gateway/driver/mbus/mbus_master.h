@@ -12,13 +12,20 @@
 
 #include <gateway/driver/input/input_opener.h>
 #include <gateway/driver/mbus/mbus_frame.h>
-#include <gateway/driver/mbus/mbus_framer.h>
 #include <gateway/host/service_host.h>
 
 namespace tav::mbus {
 
+// A line without a name yet, at the rate that every meter has when it is new.
+inline cInputSpec UsualLine() {
+  cInputSpec line;
+  line.baud = 2400;
+  line.framing = "8E1";
+  return line;
+}
+
 struct cMBusLineSettings {
-  cInputSpec input;                  // a serial device or tcp://host:port; 2400 8E1 unless set otherwise
+  cInputSpec input = UsualLine();    // a serial device or tcp://host:port; 2400 8E1 unless set otherwise
   bool echo = false;                 // the level converter gives back what is sent: so many bytes are taken away
   unsigned int retries = 2;          // of a request without a good answer, after the first attempt
   unsigned int longestAnswerMs = 0;  // 0: what EN 13757-2 allows at the line's rate (330 bits and 50 ms), and what a
@@ -49,8 +56,9 @@ enum class eExpected : std::uint8_t { Ack, Data, Nothing };
 struct cMBusRequest {
   std::string bytes;  // a whole frame
   eExpected expected = eExpected::Ack;
-  unsigned int answerMs = 0;   // how long its meter may take to begin; 0: longestAnswerMs of the line
-  unsigned int retries = ~0u;  // ~0u: as many as the line's
+  unsigned int answerMs = 0;     // how long its meter may take to begin; 0: longestAnswerMs of the line
+  unsigned int retries = ~0u;    // ~0u: as many as the line's
+  bool repeatsCollision = true;  // false: who asks many at once expects one
 };
 
 class cMBusMaster {

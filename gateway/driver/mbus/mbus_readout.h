@@ -14,6 +14,8 @@ namespace tav::mbus {
 
 // What a meter's answers taught, kept by the caller from one reading to the next.
 struct cMBusLink {
+  static constexpr unsigned int kLeastWaitMs = 100;  // converters have their own pauses
+
   bool fcb = true;           // of the next REQ_UD2
   bool initialised = false;  // SND_NKE was answered, or a primary meter read since the line is open
   double answerMs = 0;       // mean time to its answer, 0: not measured

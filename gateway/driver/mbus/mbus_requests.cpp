@@ -7,13 +7,8 @@ namespace tav::mbus {
 
 namespace {
 
-// CI fields of what the master tells a meter (EN 13757-3).
-enum eCommand : std::uint8_t { eCiReset = 0x50, eCiSendData = 0x51, eCiSelect = 0x52, eCiFirstBaud = 0xB8 };
-
-constexpr std::uint8_t kBinary8[] = {0x01, 0x7A};                                    // DIF and VIF of a primary address
-constexpr std::uint8_t kWithFcb = eReqUd2 | kFcb;                                    // 7B
-constexpr std::uint8_t kWithoutFcb = eReqUd2 & ~kFcb;                                // 5B
-constexpr unsigned int kBauds[] = {300, 600, 1200, 2400, 4800, 9600, 19200, 38400};  // by code, from eCiFirstBaud on
+constexpr std::uint8_t kWithFcb = eReqUd2 | kFcb;      // 7B
+constexpr std::uint8_t kWithoutFcb = eReqUd2 & ~kFcb;  // 5B
 
 void AppendNumber(std::string& bytes, std::uint32_t value, unsigned int width) {
   for (unsigned int i = 0; i < width; ++i) bytes += static_cast<char>(value >> 8 * i & 0xFF);
@@ -71,7 +66,7 @@ std::string MakeSetBaud(std::uint8_t primary, unsigned int baud) {
 }
 
 std::string MakeSetAddress(std::uint8_t primary, std::uint8_t newAddress) {
-  const std::uint8_t data[] = {kBinary8[0], kBinary8[1], newAddress};
+  const std::uint8_t data[] = {kPrimaryAddress[0], kPrimaryAddress[1], newAddress};
   return MakeLongFrame(eSndUd, primary, eCiSendData, data);
 }
 

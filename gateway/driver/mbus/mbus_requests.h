@@ -2,12 +2,24 @@
 // The requests of a master as whole frames (EN 13757-2 for the link, EN 13757-3 for what they tell a meter).
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 
 #include <gateway/driver/mbus/mbus_address.h>
 
 namespace tav::mbus {
+
+// CI fields of what the master tells a meter (EN 13757-3).
+enum eCommand : std::uint8_t {
+  eCiReset = 0x50,      // of the application
+  eCiSendData = 0x51,   // records, such as the primary address
+  eCiSelect = 0x52,     // the eight bytes of a secondary address
+  eCiFirstBaud = 0xB8,  // kBauds by their order
+};
+inline constexpr unsigned int kBauds[] = {300, 600, 1200, 2400, 4800, 9600, 19200, 38400};
+inline constexpr std::size_t kSelectionSize = 8;
+inline constexpr std::uint8_t kPrimaryAddress[] = {0x01, 0x7A};  // DIF and VIF of its record
 
 std::string MakeShortFrame(std::uint8_t control, std::uint8_t address);
 // data: at most 252 bytes.

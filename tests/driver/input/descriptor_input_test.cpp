@@ -1,12 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <gateway/driver/input/descriptor_input.h>
 
-#include <arpa/inet.h>
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <netinet/in.h>
-#include <sys/socket.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -16,6 +13,7 @@
 #include <tests/support/scm_world.h>
 
 #include "pseudo_line.h"
+#include "tcp_listener.h"
 
 namespace tav {
 namespace {
@@ -37,63 +35,6 @@ class cOwner : public vorn::cService {
   }
 
   std::unique_ptr<cDescriptorInput> input;
-};
-
-// A meter reached over the network, or not.
-class cListener {
- public:
-  explicit cListener(std::uint16_t port = 0)
-      : m_socket(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0)) {
-    const int on = 1;
-    setsockopt(m_socket, SOL_SOCKET, SO_REUSEADDR, &on, sizeof on);
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    address.sin_port = htons(port);
-    socklen_t size = sizeof address;
-    if (bind(m_socket, reinterpret_cast<const sockaddr*>(&address), size) != 0 || listen(m_socket, 8) != 0 ||
-        getsockname(m_socket, reinterpret_cast<sockaddr*>(&address), &size) != 0)
-      throw std::runtime_error("cannot listen");
-    m_port = ntohs(address.sin_port);
-  }
-  ~cListener() {
-    HangUp();
-    close(m_socket);
-  }
-  cListener(const cListener&) = delete;
-  cListener& operator=(const cListener&) = delete;
-
-  std::uint16_t GetPort() const { return m_port; }
-  bool Accept() {
-    if (m_peer < 0) m_peer = accept4(m_socket, nullptr, nullptr, SOCK_CLOEXEC);
-    return m_peer >= 0;
-  }
-  bool Write(const std::string& bytes) const {
-    return send(m_peer, bytes.data(), bytes.size(), MSG_NOSIGNAL) == static_cast<ssize_t>(bytes.size());
-  }
-  // What came and was not read yet.
-  std::string Read() const {
-    std::string bytes;
-    char block[4096];
-    for (ssize_t size = 0; (size = recv(m_peer, block, sizeof block, MSG_DONTWAIT)) > 0;)
-      bytes.append(block, static_cast<std::size_t>(size));
-    return bytes;
-  }
-  void HangUp() {
-    if (m_peer >= 0) close(m_peer);
-    m_peer = -1;
-  }
-  // Drops what is under way, so that the peer sees an error instead of an end.
-  void Reset() {
-    const linger now{1, 0};
-    setsockopt(m_peer, SOL_SOCKET, SO_LINGER, &now, sizeof now);
-    HangUp();
-  }
-
- private:
-  int m_socket;
-  int m_peer = -1;
-  std::uint16_t m_port = 0;
 };
 
 class DescriptorInput : public testing::Test {
@@ -296,11 +237,11 @@ class TcpInput : public DescriptorInput {
     return "tcp://" + host + ":" + std::to_string(port);
   }
   // A port on which nobody listens.
-  static std::uint16_t FreePort() { return cListener().GetPort(); }
+  static std::uint16_t FreePort() { return cTcpListener().GetPort(); }
 };
 
 TEST_F(TcpInput, ReadsWhatThePeerSends) {
-  cListener listener;
+  cTcpListener listener;
   Open(Address(listener.GetPort()));
   EXPECT_FALSE(m_owner.input->CanWait());
   ASSERT_TRUE(AwaitTold(1));
@@ -311,7 +252,7 @@ TEST_F(TcpInput, ReadsWhatThePeerSends) {
 }
 
 TEST_F(TcpInput, TriesEveryAddressOfAName) {
-  cListener listener;  // on the IPv4 address only
+  cTcpListener listener;  // on the IPv4 address only
   Open(Address(listener.GetPort(), "localhost"));
   ASSERT_TRUE(Await([&] {
     m_clock->Advance(10);
@@ -326,7 +267,7 @@ TEST_F(TcpInput, ReportsARefusedConnectionOnceAndGoesOnTrying) {
   ASSERT_TRUE(AwaitTold(1));
   for (int i = 0; i < 20; ++i) Pass(1000);
   EXPECT_THAT(m_told, ElementsAre("lost: cannot connect to " + Address(port) + ": Connection refused"));
-  cListener listener(port);
+  cTcpListener listener(port);
   ASSERT_TRUE(Await([&] {
     m_clock->Advance(100);
     return listener.Accept();
@@ -338,7 +279,7 @@ TEST_F(TcpInput, ReportsARefusedConnectionOnceAndGoesOnTrying) {
 }
 
 TEST_F(TcpInput, ConnectsAgainWhenThePeerHangsUp) {
-  cListener listener;
+  cTcpListener listener;
   Open(Address(listener.GetPort()));
   for (int round = 0; round < 3; ++round) {
     ASSERT_TRUE(Await([&] { return listener.Accept(); }));
@@ -355,7 +296,7 @@ TEST_F(TcpInput, ConnectsAgainWhenThePeerHangsUp) {
 }
 
 TEST_F(TcpInput, SaysWhyAConnectionBroke) {
-  cListener listener;
+  cTcpListener listener;
   Open(Address(listener.GetPort()));
   ASSERT_TRUE(Await([&] { return listener.Accept(); }));
   ASSERT_TRUE(AwaitTold(1));
@@ -365,7 +306,7 @@ TEST_F(TcpInput, SaysWhyAConnectionBroke) {
 }
 
 TEST_F(TcpInput, AsksAPeerThatHangsUpAtOnceLessAndLessOften) {
-  cListener listener;
+  cTcpListener listener;
   Open(Address(listener.GetPort()));
   ASSERT_TRUE(Await([&] { return listener.Accept(); }));
   listener.HangUp();
@@ -389,7 +330,7 @@ TEST_F(TcpInput, AsksAPeerThatHangsUpAtOnceLessAndLessOften) {
 }
 
 TEST_F(TcpInput, WritesWhatIsAsked) {
-  cListener listener;
+  cTcpListener listener;
   Open(Address(listener.GetPort()));
   m_owner.input->Write("too early");
   EXPECT_FALSE(m_owner.input->IsOpen());
@@ -404,7 +345,7 @@ TEST_F(TcpInput, WritesWhatIsAsked) {
 }
 
 TEST_F(TcpInput, WritesMoreThanFitsAsThereIsRoom) {
-  cListener listener;
+  cTcpListener listener;
   Open(Address(listener.GetPort()));
   ASSERT_TRUE(AwaitTold(1));
   ASSERT_TRUE(Await([&] { return listener.Accept(); }));
@@ -418,7 +359,7 @@ TEST_F(TcpInput, WritesMoreThanFitsAsThereIsRoom) {
 }
 
 TEST_F(TcpInput, LosesWhatIsNotWrittenWithTheConnection) {
-  cListener listener;
+  cTcpListener listener;
   Open(Address(listener.GetPort()));
   ASSERT_TRUE(AwaitTold(1));
   ASSERT_TRUE(Await([&] { return listener.Accept(); }));
@@ -436,7 +377,7 @@ TEST_F(TcpInput, LosesWhatIsNotWrittenWithTheConnection) {
 }
 
 TEST_F(TcpInput, TellsWhoWritesOfEveryLoss) {
-  cListener listener;
+  cTcpListener listener;
   Open(Address(listener.GetPort()));
   for (std::size_t round = 1; round <= 3; ++round) {
     ASSERT_TRUE(Await([&] {
@@ -525,6 +466,21 @@ TEST_F(SerialInput, IsWaitedForWhenItIsNotThereYet) {
   ASSERT_TRUE(AwaitTold(2));
   ASSERT_TRUE(line.Write("bytes"));
   EXPECT_TRUE(AwaitBytes("bytes"));
+}
+
+TEST_F(SerialInput, OpensALineAsItWasLeft) {
+  cPseudoLine line(Device());
+  cInputSpec spec;
+  spec.kind = eInputKind::Serial;
+  spec.path = Device();
+  spec.framing = "7E2";
+  for (int round = 0; round < 3; ++round) {
+    m_told.clear();
+    m_owner.input.reset();
+    m_owner.input = std::make_unique<cDescriptorInput>(&m_owner, spec, MakeEvents(), kReopen);
+    ASSERT_TRUE(AwaitTold(1));
+    EXPECT_THAT(m_told, ElementsAre("open"));
+  }
 }
 
 TEST_F(SerialInput, WritesEveryByteUnharmed) {

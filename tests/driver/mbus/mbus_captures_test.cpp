@@ -105,6 +105,9 @@ constexpr cUnitRow kUnits[] = {
   {"Reserved",         "Energy",                   "J"},          // EN 13757-3, table FB: 0.1 GJ
   {"m^3",              "Volume",                   "m³/pulse"},   // EN 13757-3, VIFE 28: increment per input pulse
   {"W",                "Power",                    ""},           // kTimeOf
+  {"m^3/h",            "Volume flow",              ""},
+  {"°C",               "Flow temperature",         ""},
+  {"°C",               "Return temperature",       ""},
   {"m^3",              "Volume",                   "m³"},
   {"m^3/h",            "Volume flow",              "m³/h"},
 };

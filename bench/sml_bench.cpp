@@ -15,6 +15,7 @@
 
 #include <bench/sml/bare_scan.h>
 #include <bench/support/figures.h>
+#include <gateway/driver/capture_bytes.h>
 #include <gateway/driver/sml/crc16.h>
 #include <gateway/driver/sml/get_list_record.h>
 #include <gateway/driver/sml/sml_input.h>
@@ -24,6 +25,7 @@
 
 using namespace tav::bench;
 using namespace tav::sml;
+using tav::cCaptureBytes;
 namespace fs = std::filesystem;
 
 namespace {
@@ -60,16 +62,17 @@ class cRecords : public cSmlSink {
 // The whole frames of a capture with both checksums right: the rest is another matter.
 void AppendGoodFrames(const fs::path& path, std::string& to) {
   std::ifstream file(path, std::ios::binary);
-  const cSmlInput input(std::string(std::istreambuf_iterator<char>(file), {}));
+  const cCaptureBytes capture(std::string(std::istreambuf_iterator<char>(file), {}));
+  const cBytes bytes = capture.Get();
   struct cKeep : cSmlSink {
     void OnList(const cSmlFrame& frame, const cSmlList&) override { good->append(bytes + frame.offset, frame.size); }
     const char* bytes = nullptr;
     std::string* good = nullptr;
   } keep;
-  keep.bytes = reinterpret_cast<const char*>(input.GetBytes().data());
+  keep.bytes = reinterpret_cast<const char*>(bytes.data());
   keep.good = &to;
   const auto reader = std::make_unique<cSmlReader>(keep);
-  if (!input.IsPayload()) reader->Feed(input.GetBytes().data(), input.GetBytes().size());
+  if (!IsPayload(bytes)) reader->Feed(bytes.data(), bytes.size());
 }
 
 std::string SimulatedFrames() {

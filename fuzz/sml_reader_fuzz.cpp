@@ -83,7 +83,7 @@ void CheckPayload(cBytes bytes) {
 }
 
 void CheckExplanation(std::string_view bytes, const cResult& read) {
-  const cSmlExplanation explained = ExplainSml(bytes);
+  const tav::cExplanation explained = ExplainSml(bytes);
   const nlohmann::json document = nlohmann::json::parse(explained.json);
   const bool framed = bytes.find(kStartSequence) != std::string_view::npos;
   Check(!framed ||

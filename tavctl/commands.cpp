@@ -8,6 +8,7 @@
 #include <tavctl/explain_command.h>
 #include <tavctl/last_command.h>
 #include <tavctl/manifest_command.h>
+#include <tavctl/mbus_command.h>
 #include <tavctl/meter_status_command.h>
 #include <tavctl/meters_command.h>
 #include <tavctl/monitor_command.h>
@@ -38,7 +39,8 @@ std::vector<std::unique_ptr<cCommand>> MakeCommands() {
   return Make<cServicesCommand, cMetersCommand, cMeterStatusCommand, cStatusCommand, cLastCommand, cValuesCommand,
               cEventsCommand, cStoreCommand, cStatsCommand, cSqlCommand, cWatchCommand, cMonitorCommand,
               cInterfaceCommand, cMeterCommand, cCollectorCommand, cPushTargetCommand, cTemplateCommand, cConfigCommand,
-              cObisCommand, cDeviceCommand, cManifestCommand, cExplainCommand, cProtocolCommand, cCompletionCommand>();
+              cObisCommand, cDeviceCommand, cMBusCommand, cManifestCommand, cExplainCommand, cProtocolCommand,
+              cCompletionCommand>();
 }
 
 }  // namespace tav::ctl

@@ -3,6 +3,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include <gateway/driver/mbus/mbus_explain.h>
 #include <gateway/driver/sml/sml_explain.h>
 #include <tav/obis/obis_protocol.h>
 #include <tavctl/failure.h>
@@ -17,22 +18,45 @@ namespace tav::ctl {
 
 namespace {
 
-// "; the first one at offset 16" of those that are not good.
+// ", the first one at offset 16", of those that are not good, and why where the document says so.
 std::string FirstBad(const std::string& json) {
   const auto document = nlohmann::json::parse(json, nullptr, false);
   if (!document.is_object() || !document.contains("telegrams")) return "";
-  for (const auto& telegram : document["telegrams"])
-    if (!telegram.value("good", true))
-      return ", the first one at offset " + telegram.value("offset", nlohmann::json()).dump();
+  for (const auto& telegram : document["telegrams"]) {
+    if (telegram.value("good", true)) continue;
+    const auto reason = telegram.value("reason", nlohmann::json());
+    return ", the first one at offset " + telegram.value("offset", nlohmann::json()).dump() +
+           (reason.is_string() ? ", " + reason.get<std::string>() : "");
+  }
   return "";
 }
 
-std::string Verdict(const sml::cSmlExplanation& explained) {
+std::string Verdict(const cExplanation& explained) {
   if (explained.counts.bad != 0)
     return std::to_string(explained.counts.bad) + " bad telegram(s)" + FirstBad(explained.json);
-  if (explained.counts.good == 0) return "no whole telegram in it";
+  if (explained.counts.good == 0) return "no whole telegram in it" + FirstBad(explained.json);
   return std::to_string(explained.faults) +
          " fault(s) within telegrams whose checksum is right; the listing says where";
+}
+
+cExplanation AsSml(const std::string& capture, const std::shared_ptr<cRuleNaming>& naming) {
+  if (naming == nullptr) return sml::ExplainSml(capture);
+  return sml::ExplainSml(capture, [&](const std::string& obis) { return naming->Ask(obis); });
+}
+
+cExplanation AsMBus(const std::string& capture, const std::shared_ptr<cRuleNaming>& naming) {
+  if (naming == nullptr) return mbus::ExplainMBus(capture);
+  const auto data = [](mbus::cBytes bytes) { return vorn::cData(bytes.data(), bytes.size()); };
+  return mbus::ExplainMBus(capture, [&](const mbus::cMBusIdentity& identity) {
+    return naming->Ask(identity.meterAddr, identity.medium, data(identity.dib), data(identity.vib));
+  });
+}
+
+// What is neither is explained as SML: there is no telegram in it.
+cExplanation Explain(const std::string& capture, const std::optional<cObisMap>& rules) {
+  const auto naming = rules ? std::make_shared<cRuleNaming>(*rules) : nullptr;
+  const bool isMBus = !sml::HoldsSml(capture) && mbus::HoldsMBus(capture);
+  return isMBus ? AsMBus(capture, naming) : AsSml(capture, naming);
 }
 
 }  // namespace
@@ -74,10 +98,7 @@ std::optional<cObisMap> cExplainCommand::FindRules(cContext& context) const {
 eExit cExplainCommand::ExplainCapture(cContext& context) const {
   const bool fromInput = m_file == "-";
   const std::string capture = ReadInput(m_file, context.streams.in, kMaxCapture);
-  sml::cObisNamer namer;
-  if (const auto map = FindRules(context))
-    namer = [naming = std::make_shared<cRuleNaming>(*map)](const std::string& obis) { return naming->Ask(obis); };
-  const sml::cSmlExplanation explained = sml::ExplainSml(capture, namer);
+  const cExplanation explained = Explain(capture, FindRules(context));
   context.streams.out << (context.json ? explained.json : explained.listing);
   if (context.json) context.streams.out << '\n';
   if (explained.AllGood()) return eExitDone;

@@ -17,7 +17,7 @@ class cExplainCommand final : public cCommand {
   // Of the capture: days of telegrams, and yet no accident with a disk image.
   static constexpr std::size_t kMaxCapture = std::size_t{64} << 20;
 
-  cExplainCommand() : cCommand("explain", "Explain the bytes of a capture of SML telegrams, or the name of a value") {}
+  cExplainCommand() : cCommand("explain", "Explain the bytes of a capture of SML or M-Bus telegrams, or the name of a value") {}
   void AddOptions(CLI::App& app) override;
   // eExitNegative when a telegram is bad or there is none, and a note says where; or when no rule names the value.
   eExit Run(cContext& context) override;

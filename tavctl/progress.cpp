@@ -15,8 +15,9 @@ cProgress::~cProgress() {
   if (m_shown) m_context.streams.err << "\r\x1b[K" << std::flush;
 }
 
-void cProgress::Step() {
-  m_done = std::min(m_done + 1, m_steps);
+void cProgress::Show(const std::string& what, std::size_t done) {
+  m_what = what;
+  m_done = std::min(done, m_steps);
   if (!m_context.streams.terminal || std::chrono::steady_clock::now() < m_showFrom) return;
   m_shown = true;
   const std::size_t filled = m_steps != 0 ? m_done * kWidth / m_steps : 0;

@@ -24,7 +24,9 @@ class cProgress {
   cProgress& operator=(const cProgress&) = delete;
 
   // One more is done.
-  void Step();
+  void Step() { Show(m_what, m_done + 1); }
+  // So many are done, and what is being done is another thing.
+  void Show(const std::string& what, std::size_t done);
 
  private:
   const cContext& m_context;

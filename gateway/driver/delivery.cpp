@@ -43,7 +43,7 @@ cDelivery::cDelivery(vorn::cScmService* service, const std::string& driver, std:
 template <typename Operation>
 auto cDelivery::Track(const vorn::cMsg* added, Operation operation) {
   const bool willDrop = added != nullptr && m_queue.size() >= m_queueLimit;
-  if (willDrop) CountDropped(m_queue.front());
+  if (willDrop) PushOut(m_queue.front());
   const std::size_t expected = m_queue.size() + (added != nullptr ? 1 : 0) - (willDrop ? 1 : 0);
   vorn::cMsg front;
   if (m_queue.size() > (willDrop ? 1u : 0u))
@@ -55,7 +55,19 @@ auto cDelivery::Track(const vorn::cMsg* added, Operation operation) {
   return result;
 }
 
-void cDelivery::CountDropped(const vorn::cMsg& msg) { m_counts.dropped += IsReading(msg); }
+void cDelivery::PushOut(const vorn::cMsg& msg) {
+  if (IsReading(msg))
+    ++m_counts.dropped;
+  else
+    PutAside(msg.Record());
+}
+
+void cDelivery::PutAside(const vorn::cRecord& event) {
+  if (m_aside.size() < kMostEvents)
+    m_aside.push_back(event);
+  else
+    vorn::Trace(DriverUnit(), kWarning, "too many events, not reported: ", [&] { return event.ToString(); });
+}
 
 void cDelivery::Deliver(const cMeterRecord& reading) {
   ++m_counts.readings;
@@ -68,13 +80,23 @@ void cDelivery::Deliver(const cMeterRecord& reading) {
 }
 
 void cDelivery::Report(const vorn::cRecord& event) {
-  if (m_queue.size() >= m_queueLimit) {
-    vorn::Trace(DriverUnit(), kWarning, "queue full, event not reported: ", [&] { return event.ToString(); });
-    return;
-  }
+  if (m_queue.size() < m_queueLimit)
+    Queue(event);
+  else
+    PutAside(event);
+}
+
+void cDelivery::Queue(const vorn::cRecord& event) {
   vorn::cMsg msg(db_ctrl::eStoreEvent);
   msg.Record() = event;
   Track(&msg, [&] { return StoreEvent(event); });
+}
+
+// What was put aside goes as soon as there is room.
+void cDelivery::OnProgress() {
+  for (; !m_aside.empty() && IsConnected() && m_queue.size() < m_queueLimit; m_aside.pop_front())
+    Queue(m_aside.front());
+  m_onProgress();
 }
 
 // ---- the channel
@@ -84,7 +106,7 @@ void cDelivery::OnConnect() {
     cDbCtrlIO::OnConnect();
     return true;
   });
-  m_onProgress();
+  OnProgress();
 }
 
 void cDelivery::OnClose() {
@@ -96,9 +118,9 @@ void cDelivery::OnClose() {
                 " readings handed over and not acknowledged when the channel broke; they are handed over again");
     m_queue.insert(m_queue.begin(), m_handedOver.begin(), m_handedOver.end());
     m_handedOver.clear();
-    for (; m_queue.size() > m_queueLimit; m_queue.pop_front()) CountDropped(m_queue.front());
+    for (; m_queue.size() > m_queueLimit; m_queue.pop_front()) PushOut(m_queue.front());
   }
-  m_onProgress();
+  OnProgress();
 }
 
 bool cDelivery::DispatchMessage(const vorn::cMsg& msg) {
@@ -106,7 +128,7 @@ bool cDelivery::DispatchMessage(const vorn::cMsg& msg) {
   const bool handled = Track(nullptr, [&] { return cDbCtrlIO::DispatchMessage(msg); });
   if (IsRefusal(msg)) SendNext();
   if (msg.GetType() == db_ctrl::eDriverRegistered && m_onRegistered) m_onRegistered();
-  m_onProgress();
+  OnProgress();
   return handled;
 }
 

@@ -28,6 +28,8 @@ class cDelivery : public cDbCtrlIO {
  public:
   // Most readings under way (queued or handed over) that a source which can wait should cause.
   static constexpr std::size_t kWindow = 40;
+  // Put aside; more are only traced.
+  static constexpr std::size_t kMostEvents = 1000;
 
   // onProgress is called after every answer of the service and every change of the connection; onRegistered before it,
   // when the service has taken this driver, after each connection anew.
@@ -35,12 +37,12 @@ class cDelivery : public cDbCtrlIO {
             std::function<void()> onRegistered = {});
 
   void Deliver(const cMeterRecord& reading);
-  // Hands over an event of the driver. It shares the readings' queue, but drives none out of a full one: then it is
-  // only traced.
+  // Hands over an event of the driver. It shares the readings' queue, but takes no room from them: from a full one it
+  // is put aside, and goes when there is room.
   void Report(const vorn::cRecord& event);
   const cDeliveryCounts& GetCounts() const { return m_counts; }
   // Readings and events whose fate is open.
-  std::size_t GetOpen() const { return m_queue.size() + m_handedOver.size(); }
+  std::size_t GetOpen() const { return m_queue.size() + m_handedOver.size() + m_aside.size(); }
 
   void OnConnect() override;
   void OnClose() override;
@@ -49,12 +51,16 @@ class cDelivery : public cDbCtrlIO {
  private:
   template <typename Operation>
   auto Track(const vorn::cMsg* added, Operation operation);
-  void CountDropped(const vorn::cMsg& msg);
+  void PushOut(const vorn::cMsg& msg);
+  void PutAside(const vorn::cRecord& event);
+  void Queue(const vorn::cRecord& event);
+  void OnProgress();
   void Settle(const vorn::cMsg& answer);
   void SendNext();
 
   std::function<void()> m_onProgress;
   std::function<void()> m_onRegistered;
+  std::deque<vorn::cRecord> m_aside;    // events that found no room
   std::deque<vorn::cMsg> m_handedOver;  // and not answered yet, oldest first
   cDeliveryCounts m_counts;
 };

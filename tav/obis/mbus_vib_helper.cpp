@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <tav/obis/mbus_vib_helper.h>
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <iterator>
+#include <limits>
 #include <string_view>
 
 #include <tav/obis/mbus_vif_tables.h>
@@ -158,6 +160,13 @@ static_assert(TextsStandAtTheirCodes());
 
 std::size_t CodeAt(const vorn::cData& vib, std::size_t at) { return vib[at] % kCodes; }
 
+// A caller may preset any scaler: the sum ends where an int does.
+int Sum(int scaler, int added) {
+  using cLimits = std::numeric_limits<int>;
+  return static_cast<int>(
+      std::clamp<long long>(scaler + static_cast<long long>(added), cLimits::min(), cLimits::max()));
+}
+
 void Take(const cVifRow& vif, cMBusVIBHelper& helper) {
   if (vif.form == eKeep) return;
   if (vif.form != eKeepUnit) helper.unit = vif.unit;
@@ -193,7 +202,7 @@ void cMBusVIBHelper::GetUnitScalerFromFDVif() {
 void cMBusVIBHelper::GetUnitScalerExtension() {
   for (std::size_t at = 1; at < VIB.GetSize(); ++at) {
     const cVifeRow& vife = kVife[CodeAt(VIB, at)];
-    scaler += vife.scaler;
+    scaler = Sum(scaler, vife.scaler);
     extensions.push_back(vife.extension);
     if (vife.form == eAndNotRecognised) extensions.push_back(eVifeNotRecognised);
   }

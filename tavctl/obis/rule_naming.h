@@ -1,11 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
-// cRuleNaming: what a set of mapping rules says about identifiers, as explanations of captures show it.
+// cRuleNaming: what a set of mapping rules says about values, as explanations of captures show it.
 #pragma once
 
 #include <map>
 #include <string>
 
-#include <gateway/driver/sml/sml_explain.h>
+#include <gateway/driver/capture_explain.h>
+#include <gateway/rules/rule_match.h>
 #include <tav/obis/obis_map.h>
 
 namespace tav::ctl {
@@ -17,14 +18,18 @@ class cRuleNaming {
 
   explicit cRuleNaming(const cObisMap& map) : m_map(map) {}
 
-  // Texts may be shown on a terminal.
-  const sml::cObisNaming& Ask(const std::string& obis);
+  // By an identifier. Texts may be shown on a terminal.
+  const cObisNaming& Ask(const std::string& obis);
+  // The same for a value read over M-Bus.
+  const cObisNaming& Ask(const std::string& meterAddr, const std::string& medium, const vorn::cData& dib,
+                         const vorn::cData& vib);
 
  private:
-  sml::cObisNaming Match(const std::string& obis) const;
+  const cObisNaming& Ask(const std::string& key, const rules::cQuery& query);
+  cObisNaming Match(const rules::cQuery& query) const;
 
   cObisMap m_map;
-  std::map<std::string, sml::cObisNaming> m_known;  // a capture has the same few again and again
+  std::map<std::string, cObisNaming> m_known;  // a capture has the same few again and again
 };
 
 }  // namespace tav::ctl

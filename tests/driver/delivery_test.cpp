@@ -302,16 +302,29 @@ TEST_F(Delivery, HandsEventsOverAgainAsWell) {
   EXPECT_EQ(AcknowledgeAll(), (std::vector<std::string>{"input lost", "1"}));
 }
 
-TEST_F(Delivery, DropsAnEventForAReadingButNoReadingForAnEvent) {
+TEST_F(Delivery, LosesNeitherAReadingForAnEventNorAnEventForAReading) {
   Report("old");
   Deliver(1, 49);
   Report("new");
-  EXPECT_EQ(Account(), "49 0 0 0 0 50");
-  EXPECT_THAT(m_trace.GetLines(), testing::Contains(HasSubstr("queue full, event not reported")));
+  EXPECT_EQ(Account(), "49 0 0 0 0 51");
   Deliver(50);
-  EXPECT_EQ(Account(), "50 0 0 0 0 50");
+  EXPECT_EQ(Account(), "50 0 0 0 0 52");
   Serve();
-  EXPECT_EQ(AcknowledgeAll(), Numbers(1, 50));
+  std::vector<std::string> all = Numbers(1, 50);
+  all.insert(all.end(), {"new", "old"});
+  EXPECT_EQ(AcknowledgeAll(), all);
+  EXPECT_EQ(Account(), "50 50 0 0 0 0");
+}
+
+TEST_F(Delivery, PutsAsManyEventsAsideAsItMay) {
+  Deliver(1, 50);
+  for (std::size_t i = 0; i < cDelivery::kMostEvents; ++i) Report("kept");
+  EXPECT_THAT(m_trace.GetLines(), testing::Not(testing::Contains(HasSubstr("too many events"))));
+  Report("one more");
+  EXPECT_THAT(m_trace.GetLines(), testing::Contains(HasSubstr("too many events, not reported")));
+  EXPECT_EQ(Account(), "50 0 0 0 0 1050");
+  Serve();
+  EXPECT_EQ(AcknowledgeAll().size(), 1050u);
 }
 
 // ---- progress

@@ -4,6 +4,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <climits>
 #include <limits>
 #include <sstream>
 #include <string>
@@ -288,6 +289,24 @@ TEST(MBusVibHelper, ScalerAndExtensionsOfOneBlockJoin) {
   EXPECT_EQ(helper.unit, 36u);
   EXPECT_EQ(helper.scaler, -5);
   EXPECT_THAT(helper.extensions, ElementsAre(tav::eVifeScalerCorrection, tav::eVifeNotRecognised));
+}
+
+TEST(MBusVibHelper, APresetScalerStopsAtTheEndsOfANumber) {
+  const struct {
+    int preset;
+    const char* block;
+    int scaler;
+  } kCases[] = {
+      {INT_MAX, "84 7D", INT_MAX},         {INT_MAX - 2, "84 7D", INT_MAX},    {INT_MAX - 3, "84 7D", INT_MAX},
+      {INT_MAX - 4, "84 7D", INT_MAX - 1}, {INT_MAX, "84 FD 70", INT_MAX - 6}, {INT_MIN, "84 70", INT_MIN},
+      {INT_MIN + 5, "84 70", INT_MIN},     {INT_MIN + 6, "84 70", INT_MIN},    {INT_MIN + 7, "84 70", INT_MIN + 1},
+  };
+  for (const auto& c : kCases) {
+    cMBusVIBHelper helper = Preset(c.block);
+    helper.scaler = c.preset;
+    helper.GetUnitScalerExtension();
+    EXPECT_EQ(helper.scaler, c.scaler) << c.preset << " " << c.block;
+  }
 }
 
 TEST(MBusVibHelper, RepeatedCallsAccumulate) {

@@ -30,8 +30,9 @@ eFrameResult ReadEnd(cBytes bytes, std::size_t begin, std::size_t end, cMBusFram
 
 eFrameResult ReadShort(cBytes bytes, cMBusFrame& frame, cMBusFault& fault) {
   if (bytes.size() < kShortSize) return Partial(fault, bytes);
+  if (ReadEnd(bytes, 1, kShortSize - 2, frame, fault) != eFrameWhole) return eFrameBroken;
   frame.kind = eFrameShort;
-  return ReadEnd(bytes, 1, kShortSize - 2, frame, fault);
+  return eFrameWhole;
 }
 
 eFrameResult ReadLong(cBytes bytes, cMBusFrame& frame, cMBusFault& fault) {

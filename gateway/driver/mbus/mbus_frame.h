@@ -60,8 +60,8 @@ enum eFrameResult : std::uint8_t {
   eFrameBroken,   // no frame begins here
 };
 
-// The frame that begins with the first byte. For one that is not whole the fault says which byte decides it; for a
-// partial one that is the first byte that is missing. Allocates nothing.
+// The frame that begins with the first byte. For one that is not whole frame is empty, and the fault says which byte
+// decides it; for a partial one that is the first byte that is missing. Allocates nothing.
 eFrameResult ReadFrame(cBytes bytes, cMBusFrame& frame, cMBusFault& fault);
 
 // The checksum of bytes from C to the last of the data.

@@ -2,12 +2,12 @@
 #include <gateway/driver/mbus/mbus_framer.h>
 
 #include <algorithm>
+#include <cstring>
 
 namespace tav::mbus {
 
 std::size_t cMBusFramer::Feed(cBytes bytes) {
-  std::copy(m_bytes.begin() + static_cast<std::ptrdiff_t>(m_begin),
-            m_bytes.begin() + static_cast<std::ptrdiff_t>(m_end), m_bytes.begin());
+  std::memmove(m_bytes.data(), m_bytes.data() + m_begin, m_end - m_begin);
   m_end -= m_begin;
   m_begin = 0;
   const std::size_t taken = std::min(bytes.size(), m_bytes.size() - m_end);

@@ -11,7 +11,8 @@ namespace tav::mbus {
 
 class cMBusFramer {
  public:
-  // Takes as many of the bytes as there is room for, and says how many; all when Next has been asked until it had none.
+  // Takes as many of the bytes as there is room for, and says how many; kMostFrame at least when Next has been asked
+  // until it had none.
   std::size_t Feed(cBytes bytes);
   // The next frame; it lives until more bytes are fed. False: more bytes are needed.
   bool Next(cMBusFrame& frame);

@@ -23,7 +23,7 @@ constexpr const char* kFunctionTexts[] = {"Instantaneous value",      "Maximum v
 
 void Mark(cMBusRecord& record, const char* mark) {
   record.mark = mark;
-  record.value = {eValueOctets};
+  record.value = {record.data.empty() ? eValueNone : eValueOctets};
 }
 
 // A length that no point in time has is a number: such as the seconds since a reset.
@@ -148,7 +148,7 @@ bool cMBusReader::TakeData(cMBusRecord& record) {
   std::size_t count = 0;
   if (!TakeVib(record, codes, count)) return false;
   if (field == eFieldVariable && !HasByte()) return Fail("the telegram ends before the data of a record", m_at);
-  record.length = HasByte() ? m_data[m_at] : std::uint8_t{0};
+  if (field == eFieldVariable) record.length = m_data[m_at];
   const cMBusDataSize size = DataSize(field, record.length);
   if (!size.known) return Fail("a variable length that is reserved", m_at);
   m_at += size.lengthBytes;
@@ -182,7 +182,7 @@ bool cMBusReader::NextFixed(cMBusRecord& record) {
 
 bool cMBusReader::Fail(const char* what, std::size_t at) {
   m_hasFault = true;
-  m_fault = {what, m_offset + static_cast<std::uint32_t>(at), HasByte() && at == m_at ? m_data[at] : -1};
+  m_fault = {what, m_offset + static_cast<std::uint32_t>(at), at < m_data.size() ? m_data[at] : -1};
   return false;
 }
 

@@ -40,6 +40,15 @@ constexpr cBaseRow kBases[] = {
 // Meters send the last character first.
 std::string Reversed(cBytes text) { return {text.rbegin(), text.rend()}; }
 
+// The unit in letters; not when a VIFE made the value one of another unit.
+std::string PlainUnit(const cMBusRecord& record) {
+  if (record.meaning.unit != eMBusNoUnit) return {};
+  std::string letters = Reversed(record.plainUnit);
+  for (char& letter : letters)
+    if (!IsPrintable(static_cast<std::uint8_t>(letter))) letter = '?';
+  return letters;
+}
+
 std::string OctetText(const cMBusRecord& record) {
   const bool isNumber = !record.dib.empty() && (record.dib[0] & 0x0F) == eFieldVariable && record.length >= kBinary;
   if (!isNumber) return "hex:" + HexText(record.data);
@@ -47,18 +56,26 @@ std::string OctetText(const cMBusRecord& record) {
   return "hex:" + HexText(bytes);
 }
 
-std::string Number(const cMBusValue& value, int scaler, std::uint32_t factor) {
-  if (value.kind == eValueNumber && factor == 1)
-    return cDecimalText(value.negative, value.magnitude, scaler).ToString();
-  std::uint64_t magnitude = value.magnitude;
-  int power = value.power;
-  for (; power < 0 && magnitude != 0 && magnitude % 2 == 0; ++power) magnitude /= 2;
+// A magnitude of 24 bits with a factor of 20 has room in one of 64.
+std::string Real(const cMBusValue& value, int scaler, std::uint32_t factor) {
+  std::uint64_t magnitude = value.magnitude * factor;
+  int power = magnitude == 0 ? 0 : value.power;
+  for (; power < 0 && magnitude % 2 == 0; ++power) magnitude /= 2;
   cExactNumber number(magnitude);
-  number.MultiplyBy(factor);
-  if (magnitude != 0 && power > 0) number.MultiplyByPower(2, static_cast<unsigned int>(power));
-  if (magnitude == 0 || power >= 0) return number.ToDecimal(value.negative, scaler).ToString();
+  if (power >= 0) {
+    number.MultiplyByPower(2, static_cast<unsigned int>(power));
+    return number.ToDecimal(value.negative, scaler).ToString();
+  }
   number.MultiplyByPower(5, static_cast<unsigned int>(-power));
   return number.ToDecimal(value.negative, scaler + power).ToString();
+}
+
+std::string Number(const cMBusValue& value, int scaler, std::uint32_t factor) {
+  if (value.kind == eValueReal) return Real(value, scaler, factor);
+  if (factor == 1) return cDecimalText(value.negative, value.magnitude, scaler).ToString();
+  cExactNumber number(value.magnitude);
+  number.MultiplyBy(factor);
+  return number.ToDecimal(value.negative, scaler).ToString();
 }
 
 }  // namespace
@@ -70,7 +87,7 @@ std::string HexText(cBytes bytes, const char* separator) {
 }
 
 std::string UnitText(const cMBusRecord& record) {
-  return record.plainUnit.empty() ? UnitText(record.meaning.unit, record.meaning.per) : Reversed(record.plainUnit);
+  return PlainUnit(record) + UnitText(record.meaning.unit, record.meaning.per);
 }
 
 std::string RawText(const cMBusRecord& record) {
@@ -99,7 +116,7 @@ cBaseValue BaseValue(const cMBusRecord& record) {
   const int scaler = record.meaning.scaler;
   const auto* const row = std::find_if(std::begin(kBases), std::end(kBases),
                                        [&](const cBaseRow& each) { return each.unit == record.meaning.unit; });
-  if (row == std::end(kBases) || !record.plainUnit.empty()) return {Number(record.value, scaler, 1), UnitText(record)};
+  if (row == std::end(kBases)) return {Number(record.value, scaler, 1), UnitText(record)};
   return {Number(record.value, scaler + row->scaler, row->factor), UnitText(row->base, record.meaning.per)};
 }
 

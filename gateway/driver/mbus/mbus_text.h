@@ -10,7 +10,8 @@ namespace tav::mbus {
 
 // Upper-case digits, two a byte.
 std::string HexText(cBytes bytes, const char* separator = "");
-// The unit of the value: the helper's, or the letters of a plain text VIF; as ISO 8859-1, empty when there is none.
+// The unit of the value: the helper's, or the letters of a plain text VIF, with '?' for control characters; and what
+// the value is for each of. As ISO 8859-1, empty when there is none.
 std::string UnitText(const cMBusRecord& record);
 // The number as it was sent, without its scaler; of anything else its bytes, "hex:0A01"; empty when there are no data.
 std::string RawText(const cMBusRecord& record);

@@ -49,9 +49,6 @@ enum eVariableLength : std::uint8_t {
 
 constexpr std::size_t kMostNumber = 8;
 
-// Of ISO 8859-1.
-bool IsPrintable(std::uint8_t byte) { return (byte >= 0x20 && byte < 0x7F) || byte >= 0xA0; }
-
 const char* Number(bool negative, std::uint64_t magnitude, cMBusValue& value) {
   value.kind = eValueNumber;
   value.negative = negative && magnitude != 0;
@@ -68,7 +65,7 @@ std::uint64_t LittleEndian(cBytes data) {
 // Type B (two's complement) and C (unsigned). Of type B the most negative number says that there is none.
 const char* ReadInteger(cBytes data, bool isUnsigned, cMBusValue& value) {
   const std::uint64_t bits = LittleEndian(data);
-  if (isUnsigned || data.empty() || (data.back() & 0x80) == 0) return Number(false, bits, value);
+  if (isUnsigned || (data.back() & 0x80) == 0) return Number(false, bits, value);
   const std::uint64_t sign = std::uint64_t{1} << (8 * data.size() - 1);
   if (bits == sign) return "the number that says: none";
   return Number(true, 2 * sign - bits, value);
@@ -106,9 +103,10 @@ const char* ReadVariable(std::uint8_t length, cBytes data, bool isUnsigned, cMBu
     value.kind = eValueText;
     return std::all_of(data.begin(), data.end(), IsPrintable) ? nullptr : "a text with characters that are none";
   }
+  if (data.empty()) return nullptr;
   if (length < eBcdNegative) return ReadBcd(data, false, value);
   if (length < eBinary) return ReadBcd(data, true, value);
-  if (data.size() <= kMostNumber && !data.empty()) return ReadInteger(data, isUnsigned, value);
+  if (data.size() <= kMostNumber) return ReadInteger(data, isUnsigned, value);
   value.kind = eValueOctets;
   return nullptr;
 }
@@ -142,6 +140,8 @@ const char* Read(std::uint8_t field, std::uint8_t length, cBytes data, bool isUn
 }
 
 }  // namespace
+
+bool IsPrintable(std::uint8_t byte) { return (byte >= 0x20 && byte < 0x7F) || byte >= 0xA0; }
 
 cMBusDataSize DataSize(std::uint8_t field, std::uint8_t length) {
   const cFieldRow& row = kFields[field & 0x0F];

@@ -24,6 +24,9 @@ struct cMBusValue {
   bool IsNumber() const { return kind == eValueNumber || kind == eValueReal; }
 };
 
+// A character of ISO 8859-1, and no control character.
+bool IsPrintable(std::uint8_t byte);
+
 // How the data are coded: the low four bits of the DIF, and of variable length the byte before them.
 enum eDataField : std::uint8_t {
   eFieldNone = 0x0,
@@ -42,8 +45,8 @@ struct cMBusDataSize {
 // length: the byte behind the VIB; of use for variable length only.
 cMBusDataSize DataSize(std::uint8_t field, std::uint8_t length);
 
-// field and length as above. isUnsigned: a whole number has no sign. Null, or why the data are no value: they stay
-// octets then.
+// field and length as above, data of the size they say. isUnsigned: a whole number has no sign. Null, or why the data
+// are no value: they stay octets then.
 const char* ReadValue(std::uint8_t field, std::uint8_t length, cBytes data, bool isUnsigned, cMBusValue& value);
 
 }  // namespace tav::mbus

@@ -13,6 +13,7 @@ constexpr std::uint8_t kTableFb = 0x7B;
 constexpr std::uint8_t kTableFd = 0x7D;
 constexpr std::uint8_t kMakers = 0x7F;
 constexpr std::uint8_t kSecondTable = 0x7C;  // of combinable VIFE
+constexpr std::uint8_t kNoError = 0x00;
 constexpr std::uint8_t kFirstPer = 0x20;
 constexpr std::uint8_t kLastPer = 0x38;
 constexpr unsigned int kDurations[] = {eMBusSecond, eMBusMinute, eMBusHour, eMBusDay};  // by two bits
@@ -28,8 +29,6 @@ static_assert(std::size(kPer) == kLastPer - kFirstPer + 1);
 // Errors of a record, sent as VIFE below 20 (EN 13757-3, codes for record errors).
 constexpr const char* ErrorText(std::uint8_t code) {
   switch (code) {
-    case 0x00:
-      return nullptr;
     case 0x15:
       return "the meter says: no data available";
     case 0x16:
@@ -48,9 +47,9 @@ constexpr const char* ErrorText(std::uint8_t code) {
 // Date and time of a limit's exceeding (begin, end, first, last), of a start, of a leakage or overflow.
 constexpr bool IsTimeOf(std::uint8_t code) { return code == 0x39 || (code & 0x72) == 0x42 || (code & 0x7A) == 0x6A; }
 
-// Flags, identifications and counts have no sign (data types C and D).
+// Flags, identifications, counts, settings of the line and numbers of storages have no sign (data types C and D).
 bool HasNoSign(std::uint8_t table, std::uint8_t code) {
-  if (table == kTableFd) return (code >= 0x08 && code <= 0x1B) || code == 0x60 || code == 0x61;
+  if (table == kTableFd) return (code >= 0x08 && code <= 0x22) || code == 0x60 || code == 0x61;
   return table == 0 && code >= 0x78 && code <= 0x7A;
 }
 
@@ -59,21 +58,18 @@ bool IsPointInTime(std::uint8_t table, std::uint8_t code) {
   return table == kTableFd && (code == 0x30 || code == 0x70);
 }
 
-// One VIFE behind the main code. The helper knows its scaler, here is what it makes of the value.
-void TakeExtension(std::uint8_t code, cVibMeaning& meaning) {
-  if (code < kFirstPer) {
-    meaning.error = ErrorText(code);
-  } else if (code <= kLastPer) {
-    meaning.per = code;
-  } else if (IsTimeOf(code)) {
-    meaning.isTime = true;
-  } else if ((code & 0x70) == 0x50 || (code & 0x78) == 0x60) {  // the duration of something
-    meaning.unit = kDurations[code & 0x03];
-    meaning.scaler = 0;
-  } else if (code == 0x41 || code == 0x49) {  // how often a limit was exceeded
-    meaning.unit = eMBusCountOrTimePoint;
-    meaning.scaler = 0;
-  }
+// The duration of an exceeding, of a leakage or overflow.
+constexpr bool IsDurationOf(std::uint8_t code) { return (code & 0x70) == 0x50 || (code & 0x78) == 0x60; }
+
+// How often a limit was exceeded.
+constexpr bool IsCountOf(std::uint8_t code) { return code == 0x41 || code == 0x49; }
+
+// The value is about the quantity that the codes so far name, but is none of it.
+void TurnInto(unsigned int unit, bool isTime, cVibMeaning& meaning) {
+  meaning.unit = unit;
+  meaning.scaler = 0;
+  meaning.per = 0;
+  meaning.isTime = isTime;
 }
 
 }  // namespace
@@ -85,6 +81,21 @@ std::size_t CodeSize(cBytes codes) {
 
 cVibMeaning cMBusVib::Decode(cBytes codes) {
   cVibMeaning meaning;
+  if (codes.empty()) return meaning;
+  const std::size_t main = CodeSize(codes);
+  TakeMain(codes.first(main), meaning);
+  // Behind the maker's mark the codes are the maker's. A code of the second table of extensions is passed over with the
+  // one that selects it.
+  if (meaning.isMakers) return meaning;
+  for (std::size_t i = main; i < codes.size() && (codes[i] & kCode) != kMakers; ++i)
+    if ((codes[i] & kCode) == kSecondTable)
+      ++i;
+    else
+      TakeExtension(codes[i] & kCode, meaning);
+  return meaning;
+}
+
+void cMBusVib::TakeMain(cBytes codes, cVibMeaning& meaning) {
   m_helper.unit = eMBusNoUnit;
   m_helper.scaler = 0;
   m_helper.VIB.Clear();
@@ -92,32 +103,39 @@ cVibMeaning cMBusVib::Decode(cBytes codes) {
   m_helper.GetUnitScaler();
   meaning.unit = m_helper.unit;
   meaning.scaler = m_helper.scaler;
-  if (codes.empty()) return meaning;
-
-  const std::size_t main = CodeSize(codes);
-  const std::uint8_t table = main == 2 ? codes[0] & kCode : std::uint8_t{0};
-  const std::uint8_t code = codes[main - 1] & kCode;
+  const std::uint8_t table = codes.size() == 2 ? codes[0] & kCode : std::uint8_t{0};
+  const std::uint8_t code = codes.back() & kCode;
   meaning.isTime = IsPointInTime(table, code);
   meaning.isUnsigned = HasNoSign(table, code);
   meaning.isMakers = table == 0 && code == kMakers;
-  if (meaning.isMakers) return meaning;
+}
 
-  // Behind the maker's mark the codes are the maker's. The helper takes every byte but the first for an extension: what
-  // selected the table, and the code in it, are one byte to it.
-  // A code of the second table of extensions is passed over with the one that selects it.
-  if (main == codes.size()) return meaning;
+// One VIFE behind the main code.
+void cMBusVib::TakeExtension(std::uint8_t code, cVibMeaning& meaning) {
+  if (code == kNoError) return;
+  if (code < kFirstPer)
+    meaning.error = ErrorText(code);
+  else if (code <= kLastPer)
+    meaning.per = code;
+  else if (IsTimeOf(code))
+    TurnInto(eMBusCountOrTimePoint, true, meaning);
+  else if (IsDurationOf(code))
+    TurnInto(kDurations[code & 0x03], false, meaning);
+  else if (IsCountOf(code))
+    TurnInto(eMBusCountOrTimePoint, false, meaning);
+  else
+    AddScaler(code, meaning);
+}
+
+// The helper takes every byte but the first for an extension.
+void cMBusVib::AddScaler(std::uint8_t code, cVibMeaning& meaning) {
+  const std::uint8_t block[] = {0, code};
   m_helper.VIB.Clear();
-  m_helper.VIB.Append(codes.data(), 1);
-  for (std::size_t i = main; i < codes.size() && (codes[i] & kCode) != kMakers; ++i)
-    if ((codes[i] & kCode) == kSecondTable)
-      ++i;
-    else
-      m_helper.VIB.Append(&codes[i], 1);
+  m_helper.VIB.Append(block, sizeof block);
   m_helper.extensions.clear();
+  m_helper.scaler = meaning.scaler;
   m_helper.GetUnitScalerExtension();
   meaning.scaler = m_helper.scaler;
-  for (std::size_t i = 1; i < m_helper.VIB.GetSize(); ++i) TakeExtension(m_helper.VIB[i] & kCode, meaning);
-  return meaning;
 }
 
 std::string UnitText(unsigned int unit, std::uint8_t per) {

@@ -28,6 +28,10 @@ class cMBusVib {
   cVibMeaning Decode(cBytes codes);
 
  private:
+  void TakeMain(cBytes codes, cVibMeaning& meaning);
+  void TakeExtension(std::uint8_t code, cVibMeaning& meaning);
+  void AddScaler(std::uint8_t code, cVibMeaning& meaning);
+
   cMBusVIBHelper m_helper;
 };
 

@@ -5,10 +5,9 @@
 #include <utility>
 
 #include <gateway/driver/input/descriptor_input.h>
+#include <gateway/driver/moment.h>
 #include <gateway/driver/sml/list_reading.h>
 #include <gateway/driver/unit_driver.h>
-#include <gateway/host/clock_state.h>
-#include <tav/framework/time.h>
 
 namespace tav::sml {
 
@@ -19,22 +18,11 @@ constexpr std::size_t kSlice = 256;            // of a waiting input: less than 
 constexpr std::size_t kMostMetersKept = 4096;  // whose last storage time is remembered
 constexpr std::size_t kMostMetersTold = 256;   // whose last reading is told to operators
 
-struct cMoment {
-  std::uint32_t seconds;
-  cMeterTav::eTimeSource source;
-};
-
-// The machine's clock, and whether it is kept by the network.
-cMoment Now() {
-  return {vorn::cTime::Now().GetSeconds(),
-          gateway::IsClockSynchronized() ? cMeterTav::eTsNetworkTime : cMeterTav::eTsRtc};
-}
-
 // The meter's own time where it tells one, then that of the input's clock.
 cMoment TimeOf(const cSmlList& list, const cByteInput& input) {
   if (const auto meterTime = list.MeterTime()) return {*meterTime, cMeterTav::eTsMeterUtc};
   if (const auto inputTime = input.GetTime()) return {*inputTime, cMeterTav::eTsMeter};
-  return Now();
+  return cMoment::Now();
 }
 
 }  // namespace
@@ -51,17 +39,7 @@ cEhzCounts& cEhzCounts::operator+=(const cEhzCounts& other) {
   return *this;
 }
 
-vorn::cRecord MakeInterfaceEvent(const std::string& interfaceName, const char* event, const std::string& reason) {
-  vorn::cRecord record;
-  record.AppendUIntPar("timestamp", vorn::cTime::Now().GetSeconds());
-  record.AppendTextPar("driver", kEhzDriver);
-  record.AppendTextPar("interface-name", interfaceName);
-  record.AppendTextPar("event", event);
-  if (!reason.empty()) record.AppendTextPar("reason", reason);
-  return record;
-}
-
-cEhzInterface::cEhzInterface(vorn::cService* service, cEhzSettings settings, const cMode& mode, cEhzOwner& owner,
+cEhzInterface::cEhzInterface(vorn::cService* service, cEhzSettings settings, const cMode& mode, cInterfaceHost& owner,
                              unsigned int timerType)
     : m_settings(std::move(settings)),
       m_mode(mode),
@@ -193,7 +171,7 @@ void cEhzInterface::OnInputOpen() {
 }
 
 void cEhzInterface::ReportInput(const char* event, const std::string& reason) {
-  m_owner.Report(MakeInterfaceEvent(m_settings.name, event, reason));
+  m_owner.Report(MakeInterfaceEvent(kEhzDriver, m_settings.name, event, reason));
 }
 
 void cEhzInterface::OnInputEnd(const std::string& why) {

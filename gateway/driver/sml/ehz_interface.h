@@ -12,10 +12,10 @@
 
 #include <gateway/driver/driver_rules.h>
 #include <gateway/driver/input/byte_input.h>
+#include <gateway/driver/open_interface.h>
 #include <gateway/driver/sml/capture_feed.h>
 #include <gateway/driver/sml/ehz_settings.h>
 #include <gateway/driver/sml/sml_reader.h>
-#include <gateway/host/status_publisher.h>
 #include <tav/record/meter_record.h>
 
 namespace tav::sml {
@@ -30,32 +30,7 @@ struct cEhzCounts {
   cEhzCounts& operator+=(const cEhzCounts& other);
 };
 
-class cEhzInterface;
-
-// The record that tells the service what happened to an interface now; without a reason when that is empty.
-vorn::cRecord MakeInterfaceEvent(const std::string& interfaceName, const char* event, const std::string& reason);
-
-// What an interface asks of the driver it belongs to.
-class cEhzOwner {
- public:
-  // Room for a reading of an input that can wait.
-  virtual bool HasRoom() const = 0;
-  virtual void Deliver(const cMeterRecord& reading) = 0;
-  // A reading has come; light is the interface's for meter data.
-  virtual void OnReading(unsigned int light) = 0;
-  virtual void Report(const vorn::cRecord& event) = 0;
-  // The input waits because there is no room.
-  virtual void OnHeld() = 0;
-  // Everything of it is read; nothing comes any more.
-  virtual void OnEnded() = 0;
-  // The input cannot be read; why.
-  virtual void OnFailed(const std::string& why) = 0;
-
- protected:
-  ~cEhzOwner() = default;
-};
-
-class cEhzInterface : private cSmlSink {
+class cEhzInterface : public cOpenInterface, private cSmlSink {
  public:
   // How the process was started; the same for all interfaces.
   struct cMode {
@@ -66,25 +41,23 @@ class cEhzInterface : private cSmlSink {
 
   // timerType: of the timer message that the owner's DispatchMessage hands to OnTimer. Mode's rules, service and owner
   // outlive the interface.
-  cEhzInterface(vorn::cService* service, cEhzSettings settings, const cMode& mode, cEhzOwner& owner,
+  cEhzInterface(vorn::cService* service, cEhzSettings settings, const cMode& mode, cInterfaceHost& owner,
                 unsigned int timerType);
   ~cEhzInterface() override;
 
   // Takes other settings with the same input.
   void Change(const cEhzSettings& settings);
-  // Goes on with what waits, as long as the owner has room.
-  void Feed();
-  void OnTimer();
-  // What is not read yet will not be.
-  void Abandon();
+  std::string Describe() const override { return m_settings.DescribeInput(); }
+  void Feed() override;
+  void OnTimer() override;
+  void Abandon() override;
+  void Collect(gateway::cStatusValues& values) const override;
+  bool CanWait() const override { return m_input->CanWait(); }
+  bool IsReadToEnd() const override { return m_ended && m_pending.empty() && m_held.empty(); }
 
-  // How it is, for operators; named "interface.value".
-  void Collect(gateway::cStatusValues& values) const;
   const cEhzSettings& GetSettings() const { return m_settings; }
   cEhzCounts GetCounts() const;
-  bool CanWait() const { return m_input->CanWait(); }
   bool IsEnded() const { return m_ended; }
-  bool IsReadToEnd() const { return m_ended && m_pending.empty() && m_held.empty(); }
 
  private:
   void OnList(const cSmlFrame& frame, const cSmlList& list) override;
@@ -107,7 +80,7 @@ class cEhzInterface : private cSmlSink {
 
   cEhzSettings m_settings;
   cMode m_mode;
-  cEhzOwner& m_owner;
+  cInterfaceHost& m_owner;
   cSmlReader m_reader;
   cCaptureFeed m_feed;
   std::unique_ptr<cByteInput> m_input;

@@ -4,24 +4,12 @@
 #include <CLI/CLI.hpp>
 #include <cstdio>
 
-#include <tav/record/meter_tav.h>
-
 namespace tav::sml {
 
 namespace {
 
-constexpr unsigned int kLongestWait = 86400;
-
-std::string CheckMedium(const std::string& medium) {
-  return cMeterTav::MediumToString(medium) == "unknown" ? "'" + medium +
-                                                              "' is no medium letter (E electricity, H heat, "
-                                                              "W warm water, w water, G gas, ...)"
-                                                        : std::string();
-}
-
 void Describe(CLI::App& app, cEhzOptions& options, std::uint32_t& simBegin) {
-  app.add_option("--dir", options.directory,
-                 "Directory of the service sockets (default: VORN_DIR, $XDG_RUNTIME_DIR/vorn, /run/vorn)");
+  AddDriverOptions(app, options);
   app.add_option("--interface", options.interfaceName,
                  "Name of the interface (default: SIM for the simulation, else RS232); without --input: only this one "
                  "of the configured interfaces");
@@ -32,26 +20,15 @@ void Describe(CLI::App& app, cEhzOptions& options, std::uint32_t& simBegin) {
   app.add_option("--framing", options.input.framing, "Data bits, parity and stop bits of a serial device")
       ->capture_default_str();
   app.add_option("--medium", options.medium, "Medium letter of the readings")
-      ->check(CheckMedium)
+      ->check(CheckMediumLetter)
       ->capture_default_str();
   app.add_option("--interval", options.intervalSeconds,
                  "Store one reading a meter every so many seconds, aligned to the clock; 0 stores all")
       ->capture_default_str();
-  CLI::Option* const rules = app.add_option(
-      "--rules", options.rulesFile, "OBIS rules (TOML) in place of the gateway's; values without a rule are left out");
-  app.add_flag("--no-rules", options.noRules, "Store every value under the meter's own identifier")->excludes(rules);
-  app.add_flag("--keep-names", options.keepNames, "Keep the identifiers of the meter where a rule fits");
   app.add_option("--meter", options.meters, "Only the meters with this identifier; may be repeated");
-  app.add_flag("--raw", options.raw, "Store the telegram's bytes with each reading");
   app.add_flag(
       "--once", options.once,
       "End with the first loss of a device or connection, once everything is acknowledged, as with a file's end");
-  app.add_option("--wait", options.waitSeconds,
-                 "Seconds without an answer of the service after which the end is not waited for any longer")
-      ->check(CLI::Range(0u, kLongestWait))
-      ->capture_default_str();
-  app.add_option("--trace", options.traceLevel, "Trace level: 2 failures, 4 warnings, 8 notes, 16 progress")
-      ->capture_default_str();
   app.add_option("--seed", options.simulation.simulator.seed, "Simulation: which household")->capture_default_str();
   app.add_option("--meters", options.simulation.simulator.meters, "Simulation: number of meters")
       ->check(CLI::Range(1u, kMostSimulatedMeters))
@@ -67,23 +44,15 @@ void Describe(CLI::App& app, cEhzOptions& options, std::uint32_t& simBegin) {
   app.add_flag("--solar", options.simulation.simulator.solar, "Simulation: panels on the roof");
 }
 
-// What says how to read a meter comes from one place.
-bool CheckConfigured(const CLI::App& app, std::string& error) {
-  for (const char* option : {"--input", "--baud", "--framing", "--medium", "--interval", "--meter", "--raw", "--once",
-                             "--seed", "--meters", "--period", "--rounds", "--begin", "--solar"}) {
-    if (app.count(option) == 0) continue;
-    error = app.count("--input") != 0 ? "--input: the input is empty; expected a device, a file, '-' or tcp://host:port"
-                                      : std::string(option) + " needs --input; without it the configuration is obeyed";
-    return false;
-  }
-  return true;
-}
-
 bool Complete(const CLI::App& app, cEhzOptions& options, std::uint32_t simBegin, std::string& error) {
   options.simulated = options.inputText == "sim";
   if (app.count("--begin") != 0) options.simulation.begin = simBegin;
   options.configured = options.inputText.empty();
-  if (options.configured) return CheckConfigured(app, error);
+  if (options.configured)
+    return CheckConfigured(app,
+                           {"--input", "--baud", "--framing", "--medium", "--interval", "--meter", "--raw", "--once",
+                            "--seed", "--meters", "--period", "--rounds", "--begin", "--solar"},
+                           error);
   if (options.interfaceName.empty()) options.interfaceName = options.simulated ? "SIM" : "RS232";
   if (options.simulated) return true;
   if (!cInputSpec::Parse(options.inputText, options.input, error)) {
@@ -102,12 +71,7 @@ bool cEhzOptions::Parse(int argc, char** argv, cEhzOptions& options, int& exitCo
       "input cannot be read.");
   std::uint32_t simBegin = 0;
   Describe(app, options, simBegin);
-  try {
-    app.parse(argc, argv);
-  } catch (const CLI::ParseError& fault) {
-    exitCode = app.exit(fault) == 0 ? eExitOk : eExitUsage;
-    return false;
-  }
+  if (!ParseCommandLine(app, argc, argv, exitCode)) return false;
   std::string error;
   if (Complete(app, options, simBegin, error)) return true;
   std::fprintf(stderr, "ehzif: %s\n", error.c_str());

@@ -51,7 +51,4 @@ cEhzSettings SettingsOf(const cEhzOptions& options);
 // ehzif count. False, and in error which option of what is wrong.
 bool ReadSettings(const cInterfaceRecord& record, cEhzSettings& settings, std::string& error);
 
-// Whether one of the interface's meters is this driver's.
-bool HasMeterOfOurs(const cInterfaceRecord& record);
-
 }  // namespace tav::sml

@@ -8,10 +8,12 @@
 
 #include <nlohmann/json.hpp>
 
+#include <gateway/driver/capture_bytes.h>
 #include <gateway/driver/sml/dlms_units.h>
 #include <gateway/driver/sml/obis_code.h>
 #include <gateway/driver/sml/sml_input.h>
 #include <gateway/driver/sml/sml_listing.h>
+#include <gateway/driver/sml/sml_transport.h>
 
 namespace tav::sml {
 
@@ -54,7 +56,7 @@ class cExplainer {
  public:
   explicit cExplainer(const cObisNamer& namer) : m_namer(namer), m_listing(namer) {}
 
-  cSmlExplanation Run(std::string_view capture);
+  cExplanation Run(std::string_view capture);
 
  private:
   void OnFrame(const cSmlFrame& frame);
@@ -68,20 +70,21 @@ class cExplainer {
   cSmlMessages m_messages;
   cBytes m_bytes;
   std::uint64_t m_shown = 0;  // every byte of the capture before this one is in the listing
-  cSmlExplanation m_result;
+  cExplanation m_result;
   cJson m_telegrams = cJson::array();
 };
 
-cSmlExplanation cExplainer::Run(std::string_view capture) {
-  const cSmlInput input(capture);
-  m_bytes = input.GetBytes();
-  if (input.IsPayload()) {
+cExplanation cExplainer::Run(std::string_view capture) {
+  const cCaptureBytes input(capture);
+  m_bytes = input.Get();
+  if (IsPayload(m_bytes)) {
     Payload();
   } else {
     cSmlTransport transport([this](const cSmlFrame& frame) { OnFrame(frame); });
     transport.Feed(m_bytes.data(), m_bytes.size());
     transport.Finish();
-    m_result.counts = transport.GetCounts();
+    const cSmlCounts& counts = transport.GetCounts();
+    m_result.counts = {counts.good, counts.bad, counts.incomplete, counts.skippedBytes};
     if (m_shown < m_bytes.size()) m_listing.Range(m_shown, m_bytes.size(), "no part of a frame");
   }
   m_result.listing = m_listing.GetText();
@@ -164,7 +167,9 @@ std::string cExplainer::Json() const {
 
 }  // namespace
 
-cSmlExplanation ExplainSml(std::string_view capture, const cObisNamer& namer) {
+bool HoldsSml(std::string_view capture) { return IsSml(cCaptureBytes(capture).Get()); }
+
+cExplanation ExplainSml(std::string_view capture, const cObisNamer& namer) {
   return std::make_unique<cExplainer>(namer)->Run(capture);
 }
 

@@ -14,42 +14,20 @@
 // the caller's mapping rules names the value.
 #pragma once
 
-#include <cstdint>
 #include <functional>
-#include <optional>
 #include <string>
 #include <string_view>
-#include <vector>
 
-#include <gateway/driver/sml/sml_transport.h>
+#include <gateway/driver/capture_explain.h>
 
 namespace tav::sml {
-
-// What the mapping rules say about an identifier.
-struct cObisNaming {
-  struct cRule {
-    std::uint64_t id = 0;
-    std::string name;
-    std::string obis;
-  };
-
-  std::optional<cRule> rule;       // the one that names it; without one its common name is shown
-  std::vector<std::string> notes;  // for people, a line each
-};
 
 // Asked with every identifier "A-B:C.D.E*F".
 using cObisNamer = std::function<cObisNaming(const std::string& obis)>;
 
-struct cSmlExplanation {
-  std::string listing;
-  std::string json;  // one line
-  cSmlCounts counts;
-  std::uint64_t faults = 0;  // within good telegrams: wrong checksums of messages, what could not be read
+// Whether there is SML in a capture at all: a start sequence somewhere, or messages without one.
+bool HoldsSml(std::string_view capture);
 
-  // Something was read, and nothing of it is bad.
-  bool AllGood() const { return counts.good != 0 && counts.bad == 0 && faults == 0; }
-};
-
-cSmlExplanation ExplainSml(std::string_view capture, const cObisNamer& namer = {});
+cExplanation ExplainSml(std::string_view capture, const cObisNamer& namer = {});
 
 }  // namespace tav::sml

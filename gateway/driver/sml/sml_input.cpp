@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <gateway/driver/sml/sml_input.h>
 
-#include <utility>
+#include <algorithm>
 
 #include <gateway/driver/sml/sml_transport.h>
 
@@ -9,42 +9,20 @@ namespace tav::sml {
 
 namespace {
 
-constexpr char kMessage = 0x76;  // a list of six
+constexpr std::uint8_t kMessage = 0x76;  // a list of six
+constexpr std::size_t kEscape = 4;       // bytes of the start sequence that stand before its version
 
-int Digit(char c) {
-  if (c >= '0' && c <= '9') return c - '0';
-  if (c >= 'A' && c <= 'F') return c - 'A' + 10;
-  if (c >= 'a' && c <= 'f') return c - 'a' + 10;
-  return -1;
-}
-
-bool IsBlank(char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\n'; }
-
-bool FromDigits(std::string_view text, std::string& bytes) {
-  for (std::size_t at = 0; at < text.size();) {
-    if (IsBlank(text[at])) {
-      ++at;
-      continue;
-    }
-    const int high = Digit(text[at]);
-    const int low = at + 1 < text.size() ? Digit(text[at + 1]) : -1;
-    if (high < 0 || low < 0) return false;
-    bytes += static_cast<char>(high << 4 | low);
-    at += 2;
-  }
-  return !bytes.empty();
+bool Holds(cBytes capture, std::string_view sequence) {
+  const auto same = [](std::uint8_t byte, char character) { return byte == static_cast<std::uint8_t>(character); };
+  return std::search(capture.begin(), capture.end(), sequence.begin(), sequence.end(), same) != capture.end();
 }
 
 }  // namespace
 
-cSmlInput::cSmlInput(std::string_view capture) {
-  std::string bytes;
-  m_hexText = FromDigits(capture, bytes);
-  m_bytes = m_hexText ? std::move(bytes) : std::string(capture);
-}
+bool IsPayload(cBytes capture) { return !capture.empty() && capture[0] == kMessage && !Holds(capture, kStartSequence); }
 
-bool cSmlInput::IsPayload() const {
-  return !m_bytes.empty() && m_bytes.front() == kMessage && m_bytes.find(kStartSequence) == std::string::npos;
+bool IsSml(cBytes capture) {
+  return Holds(capture, std::string_view(kStartSequence).substr(0, kEscape)) || IsPayload(capture);
 }
 
 }  // namespace tav::sml

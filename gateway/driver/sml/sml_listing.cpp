@@ -2,9 +2,9 @@
 #include <gateway/driver/sml/sml_listing.h>
 
 #include <algorithm>
-#include <cstdio>
 #include <iterator>
 
+#include <gateway/driver/capture_bytes.h>
 #include <gateway/driver/sml/dlms_units.h>
 #include <gateway/driver/sml/obis_code.h>
 #include <gateway/driver/sml/sml_decimal.h>
@@ -14,7 +14,6 @@ namespace tav::sml {
 namespace {
 
 constexpr std::size_t kStartSize = kStartSequence.size();
-constexpr std::size_t kShownBytes = 10;
 constexpr unsigned int kMaxDepth = 16;
 
 constexpr cSmlField kTime[] = {{"choice", nullptr, 0}, {"time", nullptr, 0}};
@@ -46,16 +45,6 @@ cSmlField BodyField(std::uint32_t tag) {
   }
 }
 
-std::string HexText(cBytes bytes) {
-  constexpr char kDigits[] = "0123456789ABCDEF";
-  std::string text;
-  for (const std::uint8_t byte : bytes) {
-    text += kDigits[byte >> 4];
-    text += kDigits[byte & 0x0F];
-  }
-  return text;
-}
-
 bool IsPrintable(cBytes bytes) {
   return !bytes.empty() &&
          std::all_of(bytes.begin(), bytes.end(), [](std::uint8_t b) { return b >= 0x20 && b <= 0x7E; });
@@ -66,7 +55,7 @@ std::string AsText(cBytes bytes) { return {bytes.begin(), bytes.end()}; }
 std::string Quoted(const cSmlValue& value) {
   if (value.type == eSmlAbsent) return "not sent";
   if (value.type == eSmlOctets && IsPrintable(value.octets)) return '"' + AsText(value.octets) + '"';
-  if (value.type == eSmlOctets) return HexText(value.octets);
+  if (value.type == eSmlOctets) return HexDigits(value.octets);
   return ValueText(value, 0);
 }
 
@@ -86,24 +75,20 @@ std::string ValueText(const cSmlValue& value, std::int8_t scaler) {
       return value.bits != 0 ? "true" : "false";
     case eSmlOctets:
     case eSmlList:
-      return "hex:" + HexText(value.octets);
+      return "hex:" + HexDigits(value.octets);
     default:
       return {};
   }
 }
 
-std::string MeterText(cBytes serverId) { return IsPrintable(serverId) ? AsText(serverId) : HexText(serverId); }
-
-void cSmlListing::Range(std::uint64_t from, std::uint64_t to, const std::string& text) {
-  m_text += std::to_string(from) + ".." + std::to_string(to - 1) + ": " + text + '\n';
-}
+std::string MeterText(cBytes serverId) { return IsPrintable(serverId) ? AsText(serverId) : HexDigits(serverId); }
 
 // Where the raw bytes have eight of 1B, the payload has four.
 void cSmlListing::BeginFrame(const cSmlFrame& frame, cBytes raw) {
   m_payload = frame.payload;
   m_begin = frame.offset + (raw.empty() ? 0 : kStartSize);
   m_escapes.clear();
-  if (!raw.empty()) RawRow(frame.offset, raw.first(kStartSize), "start sequence, version 1");
+  if (!raw.empty()) m_lines.Row(frame.offset, raw.first(kStartSize), "start sequence, version 1");
   if (frame.escapes == 0) return;
   constexpr std::uint8_t kDoubled[8] = {0x1B, 0x1B, 0x1B, 0x1B, 0x1B, 0x1B, 0x1B, 0x1B};
   for (std::size_t at = kStartSize, payload = 0; payload < m_payload.size();) {
@@ -123,21 +108,21 @@ std::uint64_t cSmlListing::OffsetOf(std::uint32_t payloadOffset) const {
 void cSmlListing::EndFrame(const cSmlFrame& frame, cBytes raw) {
   const std::size_t end = raw.size() - kEndSize, padding = std::min<std::size_t>(frame.padding, end - kStartSize);
   if (frame.kind == eFrameGood && padding != 0)
-    RawRow(frame.offset + end - padding, raw.subspan(end - padding, padding), "padding");
-  RawRow(frame.offset + end, raw.subspan(end),
-         "end sequence, padding count " + std::to_string(frame.padding) + ", checksum " +
-             (frame.crc != eCrcNone ? "right" : "WRONG"));
+    m_lines.Row(frame.offset + end - padding, raw.subspan(end - padding, padding), "padding");
+  m_lines.Row(frame.offset + end, raw.subspan(end),
+              "end sequence, padding count " + std::to_string(frame.padding) + ", checksum " +
+                  (frame.crc != eCrcNone ? "right" : "WRONG"));
 }
 
 void cSmlListing::Message(const cSmlMessage& message, std::size_t number) {
-  m_text += "  message " + std::to_string(number) + ", " + SmlBodyText(message.tag) + ", checksum " +
-            (message.crc != eCrcNone ? std::string("right, ") + CrcKindText(message.crc) : "WRONG") + '\n';
+  m_lines.Line("  message " + std::to_string(number) + ", " + SmlBodyText(message.tag) + ", checksum " +
+               (message.crc != eCrcNone ? std::string("right, ") + CrcKindText(message.crc) : "WRONG"));
   Rows(message, message.offset + message.size);
   if (!message.readable) Fault(message.fault);
 }
 
 void cSmlListing::BrokenMessage(const cSmlMessage& message, std::size_t number, const cSmlFault& fault) {
-  m_text += "  message " + std::to_string(number) + ", BROKEN\n";
+  m_lines.Line("  message " + std::to_string(number) + ", BROKEN");
   Rows(message, fault.offset);
   if (!message.readable) Fault(message.fault);
   Fault(fault);
@@ -160,7 +145,7 @@ void cSmlListing::Rows(const cSmlMessage& message, std::uint32_t end) {
 void cSmlListing::Fault(const cSmlFault& fault) {
   cSmlFault there = fault;
   there.offset = static_cast<std::uint32_t>(OffsetOf(fault.offset));
-  m_text += "  FAULT: " + there.ToString() + '\n';
+  m_lines.Line("  FAULT: " + there.ToString());
 }
 
 bool cSmlListing::Element(cSmlCursor& cursor, const cSmlField& field, unsigned int depth) {
@@ -200,22 +185,14 @@ void cSmlListing::Entry(const cSmlEntry& entry) {
   const char* const common = ObisCommonName(entry.obis);
   const std::string name = naming.rule ? naming.rule->name : common != nullptr ? common : "";
   const std::string unit = UnitText(entry.unit);
-  m_text += "    " + obis + (name.empty() ? "" : " " + name) + " = " +
-            (entry.value.IsNumber() ? ValueText(entry.value, entry.scaler.value_or(0)) : Quoted(entry.value)) +
-            (unit.empty() ? "" : " " + unit) + '\n';
-  for (const std::string& note : naming.notes) m_text += "      " + note + '\n';
+  m_lines.Line("    " + obis + (name.empty() ? "" : " " + name) + " = " +
+               (entry.value.IsNumber() ? ValueText(entry.value, entry.scaler.value_or(0)) : Quoted(entry.value)) +
+               (unit.empty() ? "" : " " + unit));
+  for (const std::string& note : naming.notes) m_lines.Line("      " + note);
 }
 
 void cSmlListing::Row(std::uint32_t offset, std::uint32_t size, unsigned int depth, const std::string& text) {
-  RawRow(OffsetOf(offset), m_payload.subspan(offset, size), std::string(std::size_t{2} * depth, ' ') + text);
-}
-
-void cSmlListing::RawRow(std::uint64_t offset, cBytes bytes, const std::string& text) {
-  char row[64];
-  std::snprintf(row, sizeof row, "%8llu  %-20s%s  ", static_cast<unsigned long long>(offset),
-                HexText(bytes.first(std::min(bytes.size(), kShownBytes))).c_str(),
-                bytes.size() > kShownBytes ? ".." : "  ");
-  m_text += row + text + '\n';
+  m_lines.Row(OffsetOf(offset), m_payload.subspan(offset, size), std::string(std::size_t{2} * depth, ' ') + text);
 }
 
 std::string cSmlListing::Meaning(const cSmlField& field, const cSmlValue& value) const {

@@ -9,9 +9,11 @@
 #include <string_view>
 #include <vector>
 
+#include <gateway/driver/capture_listing.h>
 #include <gateway/driver/sml/sml_cursor.h>
 #include <gateway/driver/sml/sml_explain.h>
 #include <gateway/driver/sml/sml_message.h>
+#include <gateway/driver/sml/sml_transport.h>
 
 namespace tav::sml {
 
@@ -32,7 +34,7 @@ class cSmlListing {
   explicit cSmlListing(const cObisNamer& namer) : m_namer(namer) {}
 
   // A line about bytes from one offset of the capture to another.
-  void Range(std::uint64_t from, std::uint64_t to, const std::string& text);
+  void Range(std::uint64_t from, std::uint64_t to, const std::string& text) { m_lines.Range(from, to, text); }
   // From here on payload offsets are those of this frame; raw are its bytes in the capture.
   void BeginFrame(const cSmlFrame& frame, cBytes raw);
   // Its end sequence; not for one that has none.
@@ -43,7 +45,7 @@ class cSmlListing {
 
   // Where a byte of the payload is in the capture.
   std::uint64_t OffsetOf(std::uint32_t payloadOffset) const;
-  const std::string& GetText() const { return m_text; }
+  const std::string& GetText() const { return m_lines.GetText(); }
 
  private:
   void Rows(const cSmlMessage& message, std::uint32_t end);
@@ -52,12 +54,11 @@ class cSmlListing {
   bool Elements(cSmlCursor& cursor, const cSmlField& list, std::uint32_t count, unsigned int depth);
   void Entry(const cSmlEntry& entry);
   void Row(std::uint32_t offset, std::uint32_t size, unsigned int depth, const std::string& text);
-  void RawRow(std::uint64_t offset, cBytes bytes, const std::string& text);
   std::string Meaning(const cSmlField& field, const cSmlValue& value) const;
   const cSmlEntry* EntryAt(std::uint32_t offset) const;
 
   const cObisNamer& m_namer;
-  std::string m_text;
+  cCaptureListing m_lines;
   cBytes m_payload;
   std::uint64_t m_begin = 0;             // offset of the payload's first byte in the capture
   std::vector<std::uint32_t> m_escapes;  // payload offsets behind each doubled escape sequence

@@ -3,7 +3,7 @@
 
 #include <gtest/gtest.h>
 
-#include "mbus_bytes.h"
+#include "mbus_digits.h"
 
 namespace tav::mbus {
 namespace {

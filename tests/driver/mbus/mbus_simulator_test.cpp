@@ -10,7 +10,7 @@
 #include <gateway/driver/mbus/mbus_slave.h>
 #include <gateway/driver/mbus/mbus_text.h>
 
-#include "mbus_bytes.h"
+#include "mbus_digits.h"
 
 namespace tav::mbus {
 namespace {

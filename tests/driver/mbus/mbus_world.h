@@ -16,7 +16,7 @@
 #include <tests/support/captured_trace.h>
 #include <tests/support/scm_world.h>
 
-#include "mbus_bytes.h"
+#include "mbus_digits.h"
 
 namespace tav::mbus {
 

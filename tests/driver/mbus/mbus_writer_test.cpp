@@ -5,7 +5,7 @@
 
 #include <gateway/driver/mbus/mbus_text.h>
 
-#include "mbus_bytes.h"
+#include "mbus_digits.h"
 
 namespace tav::mbus {
 namespace {

@@ -4,6 +4,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <gateway/driver/option_reader.h>
 #include <gateway/driver/sml/ehz_options.h>
 
 namespace tav::sml {
@@ -113,8 +114,8 @@ TEST(EhzSettings, TakeTheMetersOfThisDriverWithTheirOwnSettings) {
   ASSERT_TRUE(ReadSettings(interface, settings, error)) << error;
   EXPECT_THAT(settings.meters, ElementsAre(Pair("E", cEhzMeter{"E", true, 900}), Pair("G", cEhzMeter{"G", false, 60})));
   EXPECT_EQ(settings.Find("other"), nullptr);
-  EXPECT_TRUE(HasMeterOfOurs(interface));
-  EXPECT_FALSE(HasMeterOfOurs(Interface("SIM", "", {Meter("other", "SIM", "DLMS")})));
+  EXPECT_TRUE(HasMeterOf(interface, kEhzDriver));
+  EXPECT_FALSE(HasMeterOf(Interface("SIM", "", {Meter("other", "SIM", "DLMS")}), kEhzDriver));
 }
 
 TEST(EhzSettings, TellWhetherTheInputIsTheSame) {

@@ -17,6 +17,7 @@
 #include <string>
 #include <vector>
 
+#include <gateway/driver/capture_bytes.h>
 #include <gateway/driver/sml/sml_input.h>
 
 #include "sml_telegrams.h"
@@ -60,8 +61,8 @@ cCapture LoadCapture(const fs::path& path) {
   cCapture capture;
   capture.name = path.stem().string();
   const std::string file = Load(path);
-  const cSmlInput input(file);
-  capture.bytes.assign(input.GetBytes().begin(), input.GetBytes().end());
+  const tav::cCaptureBytes input(file);
+  capture.bytes.assign(input.Get().begin(), input.Get().end());
   std::istringstream summary(Load(path.parent_path() / (capture.name + ".summary.txt")));
   for (std::string line; std::getline(summary, line);)
     if (const std::size_t at = line.find('='); at != std::string::npos)
@@ -176,7 +177,7 @@ TEST_F(SmlCaptures, ReadTheSameInBlocksOfAnySize) {
 TEST_F(SmlCaptures, WithoutTransportAreReadAsMessages) {
   std::size_t found = 0;
   for (const cCapture& capture : captures) {
-    EXPECT_EQ(cSmlInput(capture.bytes).IsPayload(), capture.summary.count("transport") != 0) << capture.name;
+    EXPECT_EQ(IsPayload(View(capture.bytes)), capture.summary.count("transport") != 0) << capture.name;
     if (capture.summary.count("transport") == 0) continue;
     ++found;
     const cReading reading = ReadPayload(capture.bytes);

@@ -12,6 +12,8 @@
 
 using namespace tav::sml;
 using nlohmann::json;
+using tav::cExplanation;
+using tav::cObisNaming;
 using testing::HasSubstr;
 using testing::Not;
 
@@ -86,7 +88,7 @@ TEST(SmlExplain, ReadsHexadecimalDigitsAndPayloadsToo) {
     digits += two;
   }
   EXPECT_EQ(ExplainSml(digits).json, ExplainSml(telegram).json);
-  const cSmlExplanation payload = ExplainSml(Payload({kEnergy}));
+  const cExplanation payload = ExplainSml(Payload({kEnergy}));
   EXPECT_EQ(payload.counts.good, 1u);
   EXPECT_TRUE(payload.AllGood());
   EXPECT_EQ(json::parse(payload.json).at("telegrams"), Json(telegram).at("telegrams"));
@@ -96,7 +98,7 @@ TEST(SmlExplain, ShowsBadFramesAndSaysThatNotAllIsGood) {
   const std::string telegram = Telegram({kEnergy});
   std::string bad = telegram;
   bad.back() = static_cast<char>(bad.back() ^ 1);
-  const cSmlExplanation result = ExplainSml("xy" + bad + telegram.substr(0, 50) + telegram + "z");
+  const cExplanation result = ExplainSml("xy" + bad + telegram.substr(0, 50) + telegram + "z");
   EXPECT_FALSE(result.AllGood());
   const json document = json::parse(result.json);
   EXPECT_EQ(document.at("good"), 1);
@@ -126,7 +128,7 @@ TEST(SmlExplain, ShowsAMessageWithAWrongChecksumAndCountsItAsAFault) {
   const std::size_t at = payload.find(Bytes("033C9389"));
   payload[at] = 0;
   for (const std::string& capture : {WriteSmlFrame(payload), payload}) {
-    const cSmlExplanation result = ExplainSml(capture);
+    const cExplanation result = ExplainSml(capture);
     EXPECT_EQ(result.counts.good, 1u);
     EXPECT_EQ(result.faults, 1u);
     EXPECT_FALSE(result.AllGood());
@@ -178,7 +180,7 @@ TEST(SmlExplain, SaysWhereAndWhyItStops) {
   std::string payload = Payload({kEnergy});
   const std::size_t at = payload.find(Bytes("621E"));
   payload[at] = 0;
-  const cSmlExplanation result = ExplainSml(WriteSmlFrame(payload));
+  const cExplanation result = ExplainSml(WriteSmlFrame(payload));
   EXPECT_EQ(result.faults, 1u);
   EXPECT_THAT(result.listing, HasSubstr("message 2, BROKEN\n"));
   EXPECT_THAT(result.listing, HasSubstr("FAULT: byte " + std::to_string(at + 8) +
@@ -187,7 +189,7 @@ TEST(SmlExplain, SaysWhereAndWhyItStops) {
 }
 
 TEST(SmlExplain, ShowsWhichRuleNamesAValue) {
-  const cSmlExplanation result = ExplainSml(
+  const cExplanation result = ExplainSml(
       Telegram({kEnergy, {PackObis(1, 0, 2, 8, 0), "", "", "", "", "6201", ""}}), [](const std::string& obis) {
         return obis == "1-0:1.8.0*255" ? cObisNaming{{{7, "Bezug", "1-0:1.8.0"}}, {"rule 7", "rule 9 as well"}}
                                        : cObisNaming{{}, {"none"}};

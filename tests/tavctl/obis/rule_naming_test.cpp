@@ -18,7 +18,7 @@ TEST(RuleNaming, TellsTheRuleAndThoseBehindIt) {
   map.Add({9, "Import", "1-1:1.8.0", "protocol=dlms"});
   map.Add({12, "Export", "1-0:2.8.0", "protocol=dlms"});
   cRuleNaming naming(map);
-  const sml::cObisNaming named = naming.Ask("1-0:1.8.0*255");
+  const cObisNaming named = naming.Ask("1-0:1.8.0*255");
   ASSERT_TRUE(named.rule);
   EXPECT_EQ(named.rule->id, 5u);
   EXPECT_EQ(named.rule->name, "Energy");
@@ -33,7 +33,7 @@ TEST(RuleNaming, TellsTheNearestWhenNoneFits) {
   map.Add({5, "Heat", "6-0:1.8.0", "protocol=dlms"});
   map.Add({9, "Far", "1-0:96.1.0", "protocol=dlms"});
   cRuleNaming naming(map);
-  const sml::cObisNaming& none = naming.Ask("1-0:1.8.0*255");
+  const cObisNaming& none = naming.Ask("1-0:1.8.0*255");
   EXPECT_FALSE(none.rule);
   EXPECT_THAT(none.notes,
               ElementsAre("no rule names it",
@@ -45,7 +45,7 @@ TEST(RuleNaming, TellsTheNearestWhenNoneFits) {
 
 TEST(RuleNaming, CountsWhatItDoesNotTell) {
   cRuleNaming naming(rules::MakeDefaultRules());
-  const sml::cObisNaming& named = naming.Ask("1-0:1.8.0*255");
+  const cObisNaming& named = naming.Ask("1-0:1.8.0*255");
   ASSERT_THAT(named.notes, SizeIs(2 + cRuleNaming::kShown));
   EXPECT_THAT(named.notes.back(), testing::EndsWith(" more would fit as well"));
 }
@@ -53,7 +53,7 @@ TEST(RuleNaming, CountsWhatItDoesNotTell) {
 TEST(RuleNaming, GivesTextsThatMayBeShown) {
   cObisMap map;
   map.Add({5, "a\x1b[2J\xFF", "1-0:1.8.0", "protocol=dlms"});
-  const sml::cObisNaming named = cRuleNaming(map).Ask("1-0:1.8.0*255");
+  const cObisNaming named = cRuleNaming(map).Ask("1-0:1.8.0*255");
   ASSERT_TRUE(named.rule);
   EXPECT_EQ(named.rule->name, "a\\x1b[2J\xC3\xBF");
   EXPECT_EQ(named.notes.front().find('\x1b'), std::string::npos);

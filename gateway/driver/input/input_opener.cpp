@@ -81,8 +81,7 @@ bool SetUpLine(int line, const cInputSpec& spec, std::string& error) {
   if (spec.framing[1] == 'O') settings.c_cflag |= PARODD;
   if (spec.framing[2] == '2') settings.c_cflag |= CSTOPB;
   // It has no bits on a wire: the kernel keeps to this, and the C library takes that for a failure.
-  if (IsPseudoTerminal(line))
-    settings.c_cflag = (settings.c_cflag & static_cast<tcflag_t>(~(CSIZE | PARENB | PARODD))) | CS8;
+  if (IsPseudoTerminal(line)) settings.c_cflag = (settings.c_cflag & static_cast<tcflag_t>(~(CSIZE | PARENB))) | CS8;
   settings.c_cc[VMIN] = 1;
   settings.c_cc[VTIME] = 0;
   if (!SetSpeed(line, spec, settings, error)) return false;

@@ -86,7 +86,7 @@ void cMBusBus::Spoil(eBusFault fault, cBusAnswer& answer) {
       break;
     case eBusFault::Noise: {
       char& hit = bytes[Draw(static_cast<std::uint32_t>(bytes.size()))];
-      hit = static_cast<char>(hit ^ (1 + Draw(255)));
+      hit = static_cast<char>(hit ^ static_cast<char>(1 + Draw(255)));
       break;
     }
     case eBusFault::Truncation:

@@ -117,9 +117,9 @@ void cMBusScan::cState::Found(const cMBusFound& found) {
 
 // What is called may end the scan.
 void cMBusScan::cState::End(const std::string& why) {
-  const auto onEnd = m_scan.onEnd;
+  const auto ended = m_scan.onEnd;
   if (why.empty() && m_scan.onProgress) m_scan.onProgress({{}, 1, m_found});
-  if (onEnd) onEnd(why);
+  if (ended) ended(why);
 }
 
 // ---- by primary address

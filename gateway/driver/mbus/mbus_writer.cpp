@@ -46,7 +46,8 @@ void cMBusWriter::Begin(std::uint8_t field, Vib vib, const cMBusPlace& place) {
   std::uint32_t tariff = place.tariff;
   unsigned int subunit = place.subunit;
   const auto more = [&] { return storage != 0 || tariff != 0 || subunit != 0 ? kExtension : std::uint8_t{0}; };
-  m_data += static_cast<char>(field | place.function << 4 | (place.storage & 1) << 6 | more());
+  const auto function = static_cast<std::uint64_t>(place.function);
+  m_data += static_cast<char>(field | function << 4 | (place.storage & 1) << 6 | more());
   while (more() != 0) {
     const auto dife = static_cast<std::uint8_t>((storage & 0xF) | (tariff & 0x3) << 4 | (subunit & 0x1) << 6);
     storage >>= 4;

@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <tavctl/explain_command.h>
 
-#include <nlohmann/json.hpp>
-
 #include <gateway/driver/mbus/mbus_explain.h>
 #include <gateway/driver/sml/sml_explain.h>
 #include <tav/obis/obis_protocol.h>
@@ -18,24 +16,13 @@ namespace tav::ctl {
 
 namespace {
 
-// ", the first one at offset 16, byte 6: ..." of those that are not good; why stands there only where the document
-// says.
-std::string FirstBad(const std::string& json) {
-  const auto document = nlohmann::json::parse(json, nullptr, false);
-  if (!document.is_object() || !document.contains("telegrams")) return "";
-  for (const auto& telegram : document["telegrams"]) {
-    if (telegram.value("good", true)) continue;
-    const auto reason = telegram.value("reason", nlohmann::json());
-    return ", the first one at offset " + telegram.value("offset", nlohmann::json()).dump() +
-           (reason.is_string() ? ", " + reason.get<std::string>() : "");
-  }
-  return "";
+std::string FirstBad(const cExplanation& explained) {
+  return explained.firstBad.empty() ? "" : ", the first one " + explained.firstBad;
 }
 
 std::string Verdict(const cExplanation& explained) {
-  if (explained.counts.bad != 0)
-    return std::to_string(explained.counts.bad) + " bad telegram(s)" + FirstBad(explained.json);
-  if (explained.counts.good == 0) return "no whole telegram in it" + FirstBad(explained.json);
+  if (explained.counts.bad != 0) return std::to_string(explained.counts.bad) + " bad telegram(s)" + FirstBad(explained);
+  if (explained.counts.good == 0) return "no whole telegram in it" + FirstBad(explained);
   return std::to_string(explained.faults) +
          " fault(s) within telegrams whose checksum is right; the listing says where";
 }
@@ -53,10 +40,10 @@ cExplanation AsMBus(const std::string& capture, const std::shared_ptr<cRuleNamin
   });
 }
 
-// What is neither is explained as SML: there is no telegram in it.
+// What is neither is taken for M-Bus, whose reader says what is wrong with its first byte.
 cExplanation Explain(const std::string& capture, const std::optional<cObisMap>& rules) {
   const auto naming = rules ? std::make_shared<cRuleNaming>(*rules) : nullptr;
-  const bool isMBus = !sml::HoldsSml(capture) && mbus::HoldsMBus(capture);
+  const bool isMBus = !capture.empty() && !sml::HoldsSml(capture);
   return isMBus ? AsMBus(capture, naming) : AsSml(capture, naming);
 }
 

@@ -34,6 +34,7 @@ struct cExplanation {
   std::string listing;
   std::string json;  // one line
   cCounts counts;
+  std::string firstBad;      // of the telegrams that are not good: where it is, and why if that is known
   std::uint64_t faults = 0;  // within good telegrams: wrong checksums of messages, what could not be read
 
   // Something was read, and nothing of it is bad.

@@ -21,6 +21,7 @@ class cExplainer {
   cExplanation Run(cBytes capture);
 
  private:
+  void OnNothing(cBytes capture);
   void OnFrame(const cMBusPiece& piece);
   void OnAnswer(const cMBusFrame& frame);
   void OnRecords(const cMBusTelegram& telegram);
@@ -32,6 +33,7 @@ class cExplainer {
   cMBusDocument m_document;
   cMBusReader m_reader;
   cExplanation m_result;
+  bool m_hasFrame = false;
   bool m_isGood = true;  // of the telegram at hand
   cMBusFault m_fault;    // the first one, of the telegram at hand
 };
@@ -46,13 +48,27 @@ cExplanation cExplainer::Run(cBytes capture) {
       OnFrame(piece);
     }
   }
+  if (!m_hasFrame && !capture.empty()) OnNothing(capture);
   m_result.listing = m_listing.GetText();
   m_result.json = m_document.ToText(m_result.counts);
   return std::move(m_result);
 }
 
+// A capture without a frame is a telegram that is none.
+void cExplainer::OnNothing(cBytes capture) {
+  cMBusPiece piece;
+  piece.kind = ePieceBroken;
+  piece.frame.bytes = capture;
+  ReadFrame(capture, piece.frame, piece.fault);
+  m_document.Begin(piece);
+  m_document.End(&piece.fault, false);
+  m_listing.Fault(piece.fault);
+  ++m_result.counts.bad;
+  m_result.firstBad = "at offset 0, " + piece.fault.ToString();
+}
+
 void cExplainer::OnFrame(const cMBusPiece& piece) {
-  m_isGood = true;
+  m_isGood = m_hasFrame = true;
   m_listing.BeginFrame(piece);
   m_document.Begin(piece);
   if (piece.kind != ePieceFrame) Blame(piece.fault);
@@ -61,6 +77,8 @@ void cExplainer::OnFrame(const cMBusPiece& piece) {
   if (piece.frame.kind == eFrameLong && hasFields) OnAnswer(piece.frame);
   m_listing.EndFrame();
   if (!m_isGood) m_listing.Fault(m_fault);
+  if (!m_isGood && m_result.firstBad.empty())
+    m_result.firstBad = "at offset " + std::to_string(piece.offset) + ", " + m_fault.ToString();
   m_document.End(m_isGood ? nullptr : &m_fault, m_reader.HasMore());
   ++(m_isGood ? m_result.counts.good : piece.kind == ePieceCut ? m_result.counts.incomplete : m_result.counts.bad);
 }
@@ -98,8 +116,6 @@ void cExplainer::Blame(const cMBusFault& fault) {
 }
 
 }  // namespace
-
-bool HoldsMBus(std::string_view capture) { return IsMBus(cCaptureBytes(capture).Get()); }
 
 cExplanation ExplainMBus(std::string_view capture, const cMBusNamer& namer) {
   return cExplainer(namer).Run(cCaptureBytes(capture).Get());

@@ -38,9 +38,6 @@ struct cMBusIdentity {
 
 using cMBusNamer = std::function<cObisNaming(const cMBusIdentity& identity)>;
 
-// Whether there is M-Bus in a capture at all: a frame at its beginning, or one of more than one byte somewhere.
-bool HoldsMBus(std::string_view capture);
-
 cExplanation ExplainMBus(std::string_view capture, const cMBusNamer& namer = {});
 
 }  // namespace tav::mbus

@@ -168,9 +168,10 @@ void cMBusInterface::Take(std::size_t meter, std::uint32_t slotBegin, const cMBu
   if (!m_maker.Make(result.frames, state.settings, naming, m_mode.now(), reading))
     return Miss(meter, slotBegin, result.cause.empty() ? "no telegram with values" : result.cause);
   state.missing.Settle();
-  if (result.outcome != eOutcome::Answered) {
+  const std::string& cause = result.outcome != eOutcome::Answered ? result.cause : m_maker.GetFault();
+  if (!cause.empty()) {
     ++m_counts.incomplete;
-    Report("reading incomplete", state.settings.Describe() + ": " + result.cause);
+    Report("reading incomplete", state.settings.Describe() + ": " + cause);
   }
   Deliver(state, reading);
 }

@@ -95,12 +95,4 @@ void cMBusPieces::TakeNoise(cMBusPiece& piece) {
   piece.frame.bytes = rest.first(size);
 }
 
-bool IsMBus(cBytes capture) {
-  cMBusPieces pieces(capture);
-  cMBusPiece piece;
-  while (pieces.Next(piece))
-    if (piece.kind != ePieceNoise && (piece.offset == 0 || piece.frame.kind != eFrameAck)) return true;
-  return false;
-}
-
 }  // namespace tav::mbus

@@ -40,7 +40,4 @@ class cMBusPieces {
   std::size_t m_at = 0;
 };
 
-// Whether a capture holds M-Bus at all: a frame at its beginning, or a frame of more than one byte somewhere.
-bool IsMBus(cBytes capture);
-
 }  // namespace tav::mbus

@@ -67,6 +67,7 @@ std::string BlockName(const cMBusRecord& record) { return "mbus:" + HexText(reco
 
 bool cMBusReadingMaker::Make(const std::vector<std::string>& frames, const cMBusMeter& meter, const cMBusNaming& naming,
                              const cMoment& moment, cMeterRecord& reading) {
+  m_fault.clear();
   const std::vector<cMBusTelegram> telegrams = ReadTelegrams(frames);
   const cMBusTelegram* const first = FindHeader(telegrams);
   if (first == nullptr) return false;
@@ -89,6 +90,7 @@ void cMBusReadingMaker::TakeTelegram(const cMBusTelegram& telegram, cTarget& tar
   m_reader.Begin(telegram);
   for (cMBusRecord record; m_reader.Next(record);)
     if (record.HasValue()) TakeRecord(record, target);
+  if (m_reader.HasFault() && m_fault.empty()) m_fault = m_reader.GetFault().ToString();
 }
 
 void cMBusReadingMaker::TakeRecord(const cMBusRecord& record, cTarget& target) {

@@ -138,6 +138,8 @@ void cExplainer::Telegram(const cSmlFrame& frame, cBytes raw) {
     if (frame.kind == eFrameGood) ++m_result.faults;
   }
   if (frame.kind == eFrameIncomplete) return;
+  if (frame.kind != eFrameGood && m_result.firstBad.empty())
+    m_result.firstBad = "at offset " + std::to_string(frame.offset);
   if (!raw.empty()) m_listing.EndFrame(frame, raw);
   m_telegrams.push_back(std::move(telegram));
 }

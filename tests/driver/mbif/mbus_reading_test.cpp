@@ -113,6 +113,9 @@ TEST_F(MBusReading, PassesOnWhatCannotBeReadAsItsBytes) {
 
 TEST_F(MBusReading, KeepsWhatStandsBeforeTheRecordThatCannotBeFollowed) {
   EXPECT_THAT(Make({HeatFrame("0406CE860000 3F0102")}), ElementsAre("mbus:04/06=34510000 Wh", "mbus:/=hex:3F0102 "));
+  EXPECT_EQ(m_maker.GetFault(), "byte 25: a DIF of a reserved function (3F)");
+  Make({HeatFrame("0406CE860000")});
+  EXPECT_EQ(m_maker.GetFault(), "");
 }
 
 TEST_F(MBusReading, HasTheValuesOfAllTelegrams) {

@@ -290,14 +290,8 @@ TEST_F(MBusCaptures, ThatAreMalformedAreRefusedWithTheByte) {
     const std::string capture = Load(Find(row.capture));
     EXPECT_FALSE(ExplainMBus(capture).AllGood()) << row.capture;
     const json telegrams = json::parse(ExplainMBus(capture).json).at("telegrams");
-    if (!telegrams.empty()) {
-      EXPECT_EQ(telegrams.at(0).at("reason"), row.text) << row.capture;
-      continue;
-    }
-    cMBusFrame frame;
-    cMBusFault fault;
-    EXPECT_EQ(ReadFrame(tav::cCaptureBytes(capture).Get(), frame, fault), eFrameBroken);
-    EXPECT_EQ(fault.ToString(), row.text) << row.capture;
+    ASSERT_FALSE(telegrams.empty()) << row.capture;
+    EXPECT_EQ(telegrams.at(0).at("reason"), row.text) << row.capture;
   }
 }
 

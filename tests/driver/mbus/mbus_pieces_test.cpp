@@ -85,12 +85,3 @@ TEST(MBusPieces, LeaveNoByteOutOfAnyDamagedStream) {
       EXPECT_EQ(next, capture.size()) << at;
     }
 }
-
-TEST(MBusPieces, TellWhetherThereIsMBusAtAll) {
-  for (const std::string& capture : {std::string("\xE5"), kShort, "noise" + kShort, OrdinaryAnswer().substr(0, 20),
-                                     "noise" + OrdinaryAnswer(), FromHex("68 00 00 68 08 16")})
-    EXPECT_TRUE(IsMBus(View(capture))) << Hex(capture);
-  for (const std::string& capture : {std::string(), std::string("noise\xE5"), std::string("hello 10"),
-                                     FromHex("1B1B1B1B01010101"), FromHex("D0 40 46 85 3F E5 01 0B 11")})
-    EXPECT_FALSE(IsMBus(View(capture))) << Hex(capture);
-}

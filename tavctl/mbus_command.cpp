@@ -27,7 +27,8 @@ vorn::cRecord FoundRow(const mbus::cMBusFound& found) {
   row.AppendTextPar("address", found.address.ToString());
   if (found.header.hasMeter) {
     row.AppendTextPar("meter", mbus::IdText(found.header.id));
-    row.AppendTextPar("manufacturer", mbus::ManufacturerText(found.header.manufacturer));
+    if (found.header.manufacturer != 0)
+      row.AppendTextPar("manufacturer", mbus::ManufacturerText(found.header.manufacturer));
     row.AppendUIntPar("version", found.header.version);
     row.AppendTextPar("medium", cMeterTav::MediumToString(cMeterTav::GetMbusMediumText(found.header.medium)));
   }

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // M-Bus to values, frames, headers and all records: over the captured telegrams that TAV_TELEGRAMS names, else over
 // telegrams put together here.
-#include <gateway/driver/mbus/mbus_reader.h>
+#include <gateway/driver/mbus/reader/mbus_reader.h>
 
 #include <benchmark/benchmark.h>
 
@@ -16,8 +16,8 @@
 
 #include <bench/support/figures.h>
 #include <gateway/driver/capture_bytes.h>
-#include <gateway/driver/mbus/mbus_framer.h>
-#include <gateway/driver/mbus/mbus_text.h>
+#include <gateway/driver/mbus/reader/mbus_framer.h>
+#include <gateway/driver/mbus/reader/mbus_text.h>
 
 using namespace tav::bench;
 using namespace tav::mbus;

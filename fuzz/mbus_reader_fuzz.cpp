@@ -2,7 +2,7 @@
 // Any bytes taken for what a line of M-Bus meters sends: fed at once and in odd blocks they give the same frames, every
 // byte of a telegram belongs to one record or is idle, texts of values are numbers, and the explanation of them leaves
 // no byte out and stays a JSON document.
-#include <gateway/driver/mbus/mbus_reader.h>
+#include <gateway/driver/mbus/reader/mbus_reader.h>
 
 #include <algorithm>
 #include <cstdio>
@@ -13,9 +13,9 @@
 #include <string_view>
 #include <vector>
 
-#include <gateway/driver/mbus/mbus_explain.h>
-#include <gateway/driver/mbus/mbus_framer.h>
-#include <gateway/driver/mbus/mbus_text.h>
+#include <gateway/driver/mbus/explain/mbus_explain.h>
+#include <gateway/driver/mbus/reader/mbus_framer.h>
+#include <gateway/driver/mbus/reader/mbus_text.h>
 
 using namespace tav::mbus;
 

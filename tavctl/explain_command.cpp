@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <tavctl/explain_command.h>
 
-#include <gateway/driver/mbus/mbus_explain.h>
+#include <gateway/driver/mbus/explain/mbus_explain.h>
 #include <gateway/driver/sml/sml_explain.h>
 #include <tav/obis/obis_protocol.h>
 #include <tavctl/failure.h>

@@ -4,7 +4,7 @@
 #include <charconv>
 #include <optional>
 
-#include <gateway/driver/mbus/mbus_explain.h>
+#include <gateway/driver/mbus/explain/mbus_explain.h>
 #include <tav/record/meter_tav.h>
 #include <tavctl/failure.h>
 #include <tavctl/interrupt.h>

@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <string>
 
-#include <gateway/driver/mbus/mbus_tool.h>
+#include <gateway/driver/mbus/master/mbus_tool.h>
 #include <tavctl/command.h>
 
 namespace tav::ctl {

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "mbus_bytes.h"
+#include <tests/driver/mbus/mbus_bytes.h>
 
 #include <gtest/gtest.h>
 
-#include <gateway/driver/mbus/mbus_text.h>
+#include <gateway/driver/mbus/reader/mbus_text.h>
 #include <tav/framework/data.h>
 
 namespace tav::mbus {

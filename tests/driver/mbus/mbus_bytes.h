@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include <gateway/driver/mbus/mbus_reader.h>
+#include <gateway/driver/mbus/reader/mbus_reader.h>
 
 namespace tav::mbus {
 

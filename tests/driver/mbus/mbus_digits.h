@@ -4,7 +4,7 @@
 
 #include <string>
 
-#include <gateway/driver/mbus/mbus_types.h>
+#include <gateway/driver/mbus/reader/mbus_types.h>
 #include <tav/framework/data.h>
 
 // "10 40 05 45 16".

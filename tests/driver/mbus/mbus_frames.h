@@ -4,7 +4,7 @@
 
 #include <string>
 
-#include <gateway/driver/mbus/mbus_requests.h>
+#include <gateway/driver/mbus/master/mbus_requests.h>
 #include <tests/driver/mbus/mbus_digits.h>
 
 // A long frame around C, A, CI and data.

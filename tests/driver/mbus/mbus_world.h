@@ -10,13 +10,13 @@
 #include <string>
 #include <vector>
 
-#include <gateway/driver/mbus/mbus_master.h>
-#include <gateway/driver/mbus/mbus_requests.h>
-#include <gateway/driver/mbus/simulated_bus.h>
+#include <gateway/driver/mbus/master/mbus_master.h>
+#include <gateway/driver/mbus/master/mbus_requests.h>
+#include <gateway/driver/mbus/simulator/simulated_bus.h>
 #include <tests/support/captured_trace.h>
 #include <tests/support/scm_world.h>
 
-#include "mbus_digits.h"
+#include <tests/driver/mbus/mbus_digits.h>
 
 namespace tav::mbus {
 

@@ -169,10 +169,9 @@ void cMBusInterface::Take(std::size_t meter, std::uint32_t slotBegin, const cMBu
     return Miss(meter, slotBegin, result.cause.empty() ? "no telegram with values" : result.cause);
   state.missing.Settle();
   const std::string& cause = result.outcome != eOutcome::Answered ? result.cause : m_maker.GetFault();
-  if (!cause.empty()) {
-    ++m_counts.incomplete;
+  if (!cause.empty()) ++m_counts.incomplete;
+  if (std::exchange(state.trouble, cause) != cause && !cause.empty())
     Report("reading incomplete", state.settings.Describe() + ": " + cause);
-  }
   Deliver(state, reading);
 }
 

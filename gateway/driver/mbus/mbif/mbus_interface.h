@@ -3,7 +3,8 @@
 // say becomes readings and leaves through the owner.
 //
 // Every reading that was due is delivered, or told as missing with the cause (event "readings missing"). A meter whose
-// telegrams can only be read in part is delivered as far as they go, and told (event "reading incomplete").
+// telegrams can only be read in part is delivered as far as they go, and told (event "reading incomplete"), once as
+// long as it is for the same cause.
 #pragma once
 
 #include <memory>
@@ -74,6 +75,7 @@ class cMBusInterface : public cOpenInterface {
     cMBusLink link;
     cMissingReadings missing;
     std::uint32_t lastReading = 0;
+    std::string trouble = {};  // why its last reading was incomplete
   };
 
   std::unique_ptr<cMBusMaster> MakeMaster();

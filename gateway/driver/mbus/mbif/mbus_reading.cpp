@@ -90,7 +90,9 @@ void cMBusReadingMaker::TakeTelegram(const cMBusTelegram& telegram, cTarget& tar
   m_reader.Begin(telegram);
   for (cMBusRecord record; m_reader.Next(record);)
     if (record.HasValue()) TakeRecord(record, target);
-  if (m_reader.HasFault() && m_fault.empty()) m_fault = m_reader.GetFault().ToString();
+  if (!m_fault.empty()) return;
+  if (m_reader.HasFault()) m_fault = m_reader.GetFault().ToString();
+  if (telegram.encrypted) m_fault = "the telegram is encrypted";
 }
 
 void cMBusReadingMaker::TakeRecord(const cMBusRecord& record, cTarget& target) {

@@ -41,7 +41,8 @@ class cMBusReadingMaker {
   bool Make(const std::vector<std::string>& frames, const cMBusMeter& meter, const cMBusNaming& naming,
             const cMoment& moment, cMeterRecord& reading);
 
-  // Of the last reading: where a telegram's records could not be followed to its end, and why; else empty.
+  // Of the last reading: where a telegram's records could not be followed to its end, and why, or that they are
+  // encrypted; else empty.
   const std::string& GetFault() const { return m_fault; }
   const cMBusReadingCounts& GetCounts() const { return m_counts; }
 

@@ -118,6 +118,13 @@ TEST_F(MBusReading, KeepsWhatStandsBeforeTheRecordThatCannotBeFollowed) {
   EXPECT_EQ(m_maker.GetFault(), "");
 }
 
+TEST_F(MBusReading, SaysThatATelegramIsEncrypted) {
+  m_naming.keepUnmapped = true;
+  EXPECT_THAT(Make({MakeFrame("72 44774477 2D2C 34 04 06 00 1005 00112233445566778899AABBCCDDEEFF")}),
+              ElementsAre("mbus:/=hex:00112233445566778899AABBCCDDEEFF "));
+  EXPECT_EQ(m_maker.GetFault(), "the telegram is encrypted");
+}
+
 TEST_F(MBusReading, HasTheValuesOfAllTelegrams) {
   m_meter.raw = true;
   const std::vector<std::string> frames = {HeatFrame("0406CE860000 1F"), HeatFrame("02593C19 0F0102")};

@@ -22,14 +22,16 @@ constexpr std::uint64_t kMostRetries = 10;
 constexpr std::uint64_t kLongestAnswerMs = 60'000;
 constexpr std::size_t kSteps = 100;
 
+// The fixed data structure tells neither maker nor version.
 vorn::cRecord FoundRow(const mbus::cMBusFound& found) {
   vorn::cRecord row;
   row.AppendTextPar("address", found.address.ToString());
   if (found.header.hasMeter) {
     row.AppendTextPar("meter", mbus::IdText(found.header.id));
-    if (found.header.manufacturer != 0)
+    if (found.header.manufacturer != 0) {
       row.AppendTextPar("manufacturer", mbus::ManufacturerText(found.header.manufacturer));
-    row.AppendUIntPar("version", found.header.version);
+      row.AppendUIntPar("version", found.header.version);
+    }
     row.AppendTextPar("medium", cMeterTav::MediumToString(cMeterTav::GetMbusMediumText(found.header.medium)));
   }
   if (!found.note.empty()) row.AppendTextPar("note", found.note);
@@ -138,7 +140,12 @@ std::uint8_t cMBusCommand::NewAddress() const {
   return static_cast<std::uint8_t>(Number("NEW", m_new, 0, mbus::kLastPrimary));
 }
 
-unsigned int cMBusCommand::NewBaud() const { return Number("NEW", m_new, 300, 38400); }
+unsigned int cMBusCommand::NewBaud() const {
+  const unsigned int baud = Number("NEW", m_new, 300, 38400);
+  std::string error;
+  if (!mbus::cMBusTool::CheckBaud(baud, error)) throw cFailure(eExitUsage, "mbus: NEW: " + error);
+  return baud;
+}
 
 int cMBusCommand::ResetCode() const { return m_code.empty() ? -1 : static_cast<int>(Number("--code", m_code, 0, 255)); }
 
@@ -169,6 +176,7 @@ eExit cMBusCommand::Scan(cContext& context, mbus::cMBusTool& tool) const {
       MakeScanOptions(),
       [&](const mbus::cMBusFound& meter) {
         ++found;
+        progress->Clear();
         rows->Write(FoundRow(meter));
       },
       [&](const mbus::cMBusScanProgress& now) {

@@ -11,8 +11,9 @@ cProgress::cProgress(const cContext& context, std::string what, std::size_t step
       m_steps(steps),
       m_showFrom(std::chrono::steady_clock::now() + delay) {}
 
-cProgress::~cProgress() {
+void cProgress::Clear() {
   if (m_shown) m_context.streams.err << "\r\x1b[K" << std::flush;
+  m_shown = false;
 }
 
 void cProgress::Show(const std::string& what, std::size_t done) {

@@ -19,7 +19,7 @@ class cProgress {
   // The context outlives it. steps: how many there will be.
   cProgress(const cContext& context, std::string what, std::size_t steps, std::chrono::milliseconds delay = kDelay);
   // Takes the bar away.
-  ~cProgress();
+  ~cProgress() { Clear(); }
   cProgress(const cProgress&) = delete;
   cProgress& operator=(const cProgress&) = delete;
 
@@ -27,6 +27,8 @@ class cProgress {
   void Step() { Show(m_what, m_done + 1); }
   // So many are done, and what is being done is another thing.
   void Show(const std::string& what, std::size_t done);
+  // Takes the bar away until there is more, so that output may have its line.
+  void Clear();
 
  private:
   const cContext& m_context;

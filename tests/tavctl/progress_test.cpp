@@ -33,6 +33,21 @@ TEST_F(Progress, IsABarThatGoesAway) {
             "\r\x1b[Kwork [" + half + "] 1/2\r\x1b[Kwork [" + whole + "] 2/2\r\x1b[Kwork [" + whole + "] 2/2\r\x1b[K");
 }
 
+TEST_F(Progress, LeavesItsLineToWhatIsPutOut) {
+  std::istringstream in;
+  std::ostringstream out, err;
+  vorn::cScmService service("tavctl-test", m_folder.GetPath());
+  const cContext context{service, {in, out, err, true, false}};
+  cProgress progress(context, "work", 2, std::chrono::milliseconds(0));
+  progress.Clear();
+  EXPECT_EQ(err.str(), "") << "nothing was shown";
+  progress.Step();
+  const std::string shown = err.str();
+  progress.Clear();
+  progress.Clear();
+  EXPECT_EQ(err.str(), shown + "\r\x1b[K");
+}
+
 TEST_F(Progress, IsNotShownOffATerminalNorForWhatIsDoneSoon) {
   EXPECT_EQ(Shown(false, std::chrono::milliseconds(0)), "");
   EXPECT_EQ(Shown(true, std::chrono::hours(1)), "");

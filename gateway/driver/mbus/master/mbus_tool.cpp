@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <gateway/driver/mbus/master/mbus_tool.h>
 
+#include <algorithm>
 #include <chrono>
+#include <iterator>
 #include <optional>
 
 #include <gateway/driver/mbus/master/mbus_requests.h>
@@ -69,15 +71,17 @@ bool cMBusTool::SetAddress(const cMBusAddress& address, std::uint8_t newAddress,
          Ask(MakeSetAddress(address.primary, newAddress), "the meter did not acknowledge its new address", error);
 }
 
+bool cMBusTool::CheckBaud(unsigned int baud, std::string& error) {
+  if (std::ranges::find(kBauds, baud) != std::end(kBauds)) return true;
+  error = "there is no code for " + std::to_string(baud) +
+          " baud; expected 300, 600, 1200, 2400, 4800, 9600, 19200 or 38400";
+  return false;
+}
+
 bool cMBusTool::SetBaud(const cMBusAddress& address, unsigned int baud, std::string& error) {
-  const std::string request = MakeSetBaud(address.primary, baud);
-  if (request.empty()) {
-    error = "there is no code for " + std::to_string(baud) +
-            " baud; expected 300, 600, 1200, 2400, 4800, 9600, 19200 "
-            "or 38400";
+  if (!CheckBaud(baud, error) || !Select(address, error) ||
+      !Ask(MakeSetBaud(address.primary, baud), "the meter did not acknowledge its new rate", error))
     return false;
-  }
-  if (!Select(address, error) || !Ask(request, "the meter did not acknowledge its new rate", error)) return false;
   m_master.SetBaud(baud);
   if (address.IsSecondary()) return Select(address, error);
   return Ask(MakeInitialise(address.primary), "the meter does not answer at its new rate", error);

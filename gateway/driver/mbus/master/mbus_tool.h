@@ -33,6 +33,8 @@ class cMBusTool {
   bool SetAddress(const cMBusAddress& address, std::uint8_t newAddress, std::string& error);
   // The meter answers at that rate from then on, and so is it asked; it goes back by itself when nobody asks it so.
   bool SetBaud(const cMBusAddress& address, unsigned int baud, std::string& error);
+  // Whether there is a code for the rate.
+  static bool CheckBaud(unsigned int baud, std::string& error);
   // subCode: what its application begins with; none when negative.
   bool ResetApplication(const cMBusAddress& address, int subCode, std::string& error);
 

@@ -96,7 +96,8 @@ eOutcome cMBusWindow::Judge(cMBusFrame& frame, std::string& cause) const {
     ReadFrame(View(m_bytes, m_answerAt), frame, fault);
     return eOutcome::Answered;
   }
-  cause = std::to_string(m_bytes.size() - m_answerAt - m_answerSize) + " bytes behind the first answer";
+  const std::size_t behind = m_bytes.size() - m_answerAt - m_answerSize;
+  cause = std::to_string(behind) + (behind == 1 ? " byte" : " bytes") + " behind the first answer";
   return eOutcome::Collision;
 }
 
@@ -125,7 +126,7 @@ eOutcome cMBusWindow::JudgeGarbage(std::string& cause) const {
     return eOutcome::Damaged;
   }
   ReadFrame(View(m_bytes, 0), frame, fault);
-  cause = fault.what[0] != '\0' ? fault.ToString() : "bytes that are no answer";
+  cause = fault.ToString();
   return eOutcome::Collision;
 }
 

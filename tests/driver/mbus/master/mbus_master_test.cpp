@@ -431,7 +431,7 @@ TEST_F(MBusMasterAlone, JudgesWhatComes) {
     const char* cause;
   } kCases[] = {
       {eExpected::Ack, {"E5"}, eOutcome::Answered, ""},
-      {eExpected::Ack, {"E5 E5"}, eOutcome::Collision, "1 bytes behind the first answer"},
+      {eExpected::Ack, {"E5 E5"}, eOutcome::Collision, "1 byte behind the first answer"},
       {eExpected::Ack, {"E4"}, eOutcome::Collision, "byte 0: no frame starts with this byte (E4)"},
       {eExpected::Ack, {"A5 E5"}, eOutcome::Collision, "byte 0: no frame starts with this byte (A5)"},
       {eExpected::Ack, {kGood}, eOutcome::Damaged, "an answer that was not asked for"},

@@ -131,6 +131,9 @@ void cMBusCommand::CheckArguments(const std::string& action) const {
     MakeScanOptions();
   else
     ParseAddress(m_address);
+  if (action == "scan" || action == "read") return;
+  if (ParseAddress(m_address).MayBeSeveral())
+    throw cFailure(eExitUsage, "mbus " + action + ": ADDRESS: '" + m_address + "' may be several meters, expected one");
   if (action == "set-address") NewAddress();
   if (action == "set-baud") NewBaud();
   if (action == "reset") ResetCode();
@@ -141,6 +144,9 @@ std::uint8_t cMBusCommand::NewAddress() const {
 }
 
 unsigned int cMBusCommand::NewBaud() const {
+  if (MakeSettings().input.kind == eInputKind::Tcp)
+    throw cFailure(eExitUsage,
+                   "mbus set-baud: LINE: the rate behind tcp:// is the converter's, the meter would be lost");
   const unsigned int baud = Number("NEW", m_new, 300, 38400);
   std::string error;
   if (!mbus::cMBusTool::CheckBaud(baud, error)) throw cFailure(eExitUsage, "mbus: NEW: " + error);

@@ -388,5 +388,26 @@ TEST_F(MBusCommand, EndsAScanThatIsInterrupted) {
   EXPECT_THAT(text, AllOf(HasSubstr(IdOf(1)), HasSubstr("tavctl: interrupted\n")));
 }
 
+TEST_F(MBusCommand, SetsUpOneMeterOnly) {
+  const struct {
+    Words words;
+    const char* error;
+  } kCases[] = {
+      {{"mbus", "set-address", "/dev/ttyOfNobody", "4495FFFF", "7"},
+       "tavctl: mbus set-address: ADDRESS: '4495FFFF' may be several meters, expected one\n"},
+      {{"mbus", "set-baud", "/dev/ttyOfNobody", "254", "9600"},
+       "tavctl: mbus set-baud: ADDRESS: '254' may be several meters, expected one\n"},
+      {{"mbus", "reset", "/dev/ttyOfNobody", "FFFFFFFF"},
+       "tavctl: mbus reset: ADDRESS: 'FFFFFFFF' may be several meters, expected one\n"},
+      {{"mbus", "set-baud", "tcp://127.0.0.1:1", "7", "9600"},
+       "tavctl: mbus set-baud: LINE: the rate behind tcp:// is the converter's, the meter would be lost\n"},
+  };
+  for (const auto& c : kCases) {
+    const cOutput output = Run(c.words);
+    EXPECT_EQ(output.exit, eExitUsage) << c.error;
+    EXPECT_EQ(output.err, c.error);
+  }
+}
+
 }  // namespace
 }  // namespace tav::ctl

@@ -59,6 +59,13 @@ bool cMBusAddress::Matches(const cMBusHeader& header) const {
          (version == kAnyVersion || version == header.version) && (medium == kAnyMedium || medium == header.medium);
 }
 
+bool cMBusAddress::MayBeSeveral() const {
+  if (!IsSecondary()) return primary > kLastPrimary;
+  for (unsigned int shift = 0; shift < 32; shift += 4)
+    if ((id >> shift & 0xF) == 0xF) return true;
+  return false;
+}
+
 std::string cMBusAddress::ToString() const {
   if (!IsSecondary()) return std::to_string(primary);
   const bool isShort = manufacturer == kAnyManufacturer && version == kAnyVersion && medium == kAnyMedium;

@@ -35,6 +35,8 @@ struct cMBusAddress {
   // reason in error for anything else.
   static bool Parse(const std::string& text, cMBusAddress& address, std::string& error);
 
+  // Whether meters of different identifications may be meant: an open digit, or every meter.
+  bool MayBeSeveral() const;
   bool IsSecondary() const { return primary == kSecondary; }
   // Whether a meter with that header is meant; only a secondary address tells.
   bool Matches(const cMBusHeader& header) const;

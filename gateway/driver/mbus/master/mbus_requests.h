@@ -35,7 +35,7 @@ std::string MakeSelection(const cMBusAddress& address);
 std::string MakeApplicationReset(std::uint8_t primary, int subCode);
 // Another rate, at once after the meter's acknowledgement; empty for one that has no code (300 to 38400).
 std::string MakeSetBaud(std::uint8_t primary, unsigned int baud);
-// Another primary address, 1 to 250.
+// Another primary address, 0 to 250; 0 is that of a meter without one.
 std::string MakeSetAddress(std::uint8_t primary, std::uint8_t newAddress);
 
 }  // namespace tav::mbus

@@ -29,12 +29,6 @@ cMBusAddress AddressOf(const cMBusTelegram& telegram) {
   return {kSecondary, address.id};
 }
 
-bool HasOpenDigits(const cMBusAddress& mask) {
-  for (unsigned int shift = 0; shift < 32; shift += 4)
-    if ((mask.id >> shift & 0xF) == 0xF) return true;
-  return false;
-}
-
 }  // namespace
 
 class cMBusScan::cState {
@@ -222,7 +216,7 @@ void cMBusScan::cState::FoundAt(const cMBusAddress& address, const cMBusHeader& 
 
 // What does not tell who it is has its own identification when that is narrowed down.
 void cMBusScan::cState::TakeNameless(const std::string& note) {
-  if (HasOpenDigits(m_mask)) return Narrow(note);
+  if (m_mask.MayBeSeveral()) return Narrow(note);
   FoundAt(m_mask, {}, note);
   AskMask();
 }

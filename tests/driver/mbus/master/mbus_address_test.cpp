@@ -80,5 +80,12 @@ TEST(MBusAddress, MatchesTheMetersItMeans) {
     EXPECT_FALSE(Parsed(text).Matches(header)) << text;
 }
 
+TEST(MBusAddress, TellsWhetherSeveralMetersMayBeMeant) {
+  for (const char* text : {"0", "5", "250", "44950146", "449501464D341804"})
+    EXPECT_FALSE(Parsed(text).MayBeSeveral()) << text;
+  for (const char* text : {"254", "4495014F", "F4950146", "FFFFFFFF4D341804"})
+    EXPECT_TRUE(Parsed(text).MayBeSeveral()) << text;
+}
+
 }  // namespace
 }  // namespace tav::mbus

@@ -8,7 +8,7 @@
 
 #include <gateway/driver/mbus/master/mbus_requests.h>
 
-#include "mbus_frames.h"
+#include <tests/driver/mbus/mbus_frames.h>
 
 namespace tav::mbus {
 namespace {

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // cMBusScan: finds the meters of a bus. By primary address it asks each in turn; by secondary address it searches with
-// wildcards: an identification is narrowed down digit by digit where several answer, then by manufacturer, version and
-// medium where identifications are alike.
+// wildcards: an identification is narrowed down digit by digit where several answer, then by version, medium and
+// manufacturer where identifications are alike.
 #pragma once
 
 #include <functional>

@@ -4,7 +4,8 @@
 //
 // A mask that several match is replaced by those with one more part filled in: the digits of the identification from
 // the first on; where identifications are alike the version, then the medium, both of which can be asked through, then
-// the manufacturer, of which only those are asked that are on the bus already or that make meters for it.
+// the manufacturer, of which only those are asked that are on the bus already or that make meters for it. A digit above
+// 9, which no identification should have, is asked for where the decimal ones do not account for two meters.
 #pragma once
 
 #include <cstdint>

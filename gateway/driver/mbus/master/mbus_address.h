@@ -3,9 +3,9 @@
 // secondary one: identification, manufacturer, version and medium of the meter, any part of them left open.
 #pragma once
 
-#include <compare>
 #include <cstdint>
 #include <string>
+#include <tuple>
 
 #include <gateway/driver/mbus/reader/mbus_frame.h>
 #include <gateway/driver/mbus/reader/mbus_telegram.h>
@@ -43,7 +43,13 @@ struct cMBusAddress {
   // What Parse takes; the short form where only the identification is told.
   std::string ToString() const;
 
-  friend auto operator<=>(const cMBusAddress&, const cMBusAddress&) = default;
+  friend bool operator==(const cMBusAddress&, const cMBusAddress&) = default;
+  friend bool operator<(const cMBusAddress& a, const cMBusAddress& b) {
+    const auto key = [](const cMBusAddress& of) {
+      return std::tie(of.primary, of.id, of.manufacturer, of.version, of.medium);
+    };
+    return key(a) < key(b);
+  }
 };
 
 }  // namespace tav::mbus

@@ -62,7 +62,7 @@ bool TakeMeters(const std::vector<std::string>& addresses, cMBusOptions& options
   for (const std::string& text : addresses) {
     cMBusAddress address;
     if (!cMBusAddress::Parse(text, address, error)) {
-      error = "--meter: " + error;
+      error.insert(0, "--meter: ");
       return false;
     }
     options.meters.push_back(address);

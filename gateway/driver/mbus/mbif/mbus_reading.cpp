@@ -19,10 +19,10 @@ bool HasEntry(const cMeterRecord& reading, const std::string& name) {
 
 // The blocks, and a number where a value before it has the same.
 std::string FreeBlockName(const cMBusRecord& record, const cMeterRecord& reading) {
-  const std::string name = BlockName(record);
+  std::string name = BlockName(record);
   if (!HasEntry(reading, name)) return name;
   for (unsigned int number = 2;; ++number)
-    if (const std::string next = name + "#" + std::to_string(number); !HasEntry(reading, next)) return next;
+    if (std::string next = name + "#" + std::to_string(number); !HasEntry(reading, next)) return next;
 }
 
 // The first telegram that tells whose it is.

@@ -18,8 +18,6 @@ namespace {
 constexpr cColumn kFoundColumns[] = {{"address", "ADDRESS"}, {"meter", "METER"},   {"manufacturer", "MAKER"},
                                      {"version", "VERSION"}, {"medium", "MEDIUM"}, {"note", "NOTE"}};
 
-constexpr std::uint64_t kMostRetries = 10;
-constexpr std::uint64_t kLongestAnswerMs = 60'000;
 constexpr std::size_t kSteps = 100;
 
 // The fixed data structure tells neither maker nor version.
@@ -98,17 +96,15 @@ void cMBusCommand::AddOptions(CLI::App& app) {
 mbus::cMBusLineSettings cMBusCommand::MakeSettings() const {
   mbus::cMBusLineSettings settings;
   std::string error;
-  CheckMost("--retries", m_retries, kMostRetries);
-  CheckMost("--answer", m_answerMs, kLongestAnswerMs);
+  CheckMost("--retries", m_retries, mbus::cMBusLineSettings::kMostRetries);
+  CheckMost("--answer", m_answerMs, mbus::cMBusLineSettings::kMostAnswerMs);
   CheckMost("--baud", m_baud, ~0u);
   settings.input.baud = static_cast<unsigned int>(m_baud);
   settings.input.framing = m_framing;
   settings.echo = m_echo;
   settings.retries = static_cast<unsigned int>(m_retries);
   settings.longestAnswerMs = static_cast<unsigned int>(m_answerMs);
-  if (!cInputSpec::Parse(m_line, settings.input, error)) throw cFailure(eExitUsage, "mbus: LINE: " + error);
-  if (!settings.input.IsLive())
-    throw cFailure(eExitUsage, "mbus: LINE: '" + m_line + "' is no device and no tcp://host:port");
+  if (!cInputSpec::ParseLive(m_line, settings.input, error)) throw cFailure(eExitUsage, "mbus: LINE: " + error);
   if (settings.input.kind == eInputKind::Serial && !CheckSerialSettings(settings.input, error))
     throw cFailure(eExitUsage, "mbus: " + error);
   return settings;

@@ -21,7 +21,6 @@ class cDescriptorWriter {
   void End();
   // Behind what is not out yet. A descriptor that cannot be written loses the bytes: whoever reads it learns why.
   void Write(std::string_view bytes);
-  bool IsWritten() const { return m_pending.empty(); }
 
  private:
   void Flush();

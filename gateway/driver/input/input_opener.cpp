@@ -215,6 +215,12 @@ bool cInputSpec::Parse(const std::string& text, cInputSpec& spec, std::string& e
   return false;
 }
 
+bool cInputSpec::ParseLive(const std::string& text, cInputSpec& spec, std::string& error) {
+  if (!Parse(text, spec, error)) return false;
+  if (!spec.IsLive()) error = "'" + text + "' is no device and no tcp://host:port";
+  return spec.IsLive();
+}
+
 std::string cInputSpec::ToString() const {
   switch (kind) {
     case eInputKind::StandardInput:

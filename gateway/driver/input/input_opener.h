@@ -21,6 +21,8 @@ struct cInputSpec {
   // "tcp://host:port", "-", a device (a terminal line) or any other file. False and the reason in error for a text that
   // is none.
   static bool Parse(const std::string& text, cInputSpec& spec, std::string& error);
+  // The same of what may come back (IsLive): a device or a connection, which can be asked.
+  static bool ParseLive(const std::string& text, cInputSpec& spec, std::string& error);
   // The text it came from, for messages.
   std::string ToString() const;
   // A device or a connection may come back; a file has an end.

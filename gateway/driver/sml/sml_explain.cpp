@@ -6,9 +6,8 @@
 #include <optional>
 #include <utility>
 
-#include <nlohmann/json.hpp>
-
 #include <gateway/driver/capture_bytes.h>
+#include <gateway/driver/capture_document.h>
 #include <gateway/driver/sml/dlms_units.h>
 #include <gateway/driver/sml/obis_code.h>
 #include <gateway/driver/sml/sml_input.h>
@@ -19,7 +18,7 @@ namespace tav::sml {
 
 namespace {
 
-using cJson = nlohmann::ordered_json;
+using cJson = cCaptureJson;
 
 template <typename T>
 cJson OrNull(const std::optional<T>& value) {
@@ -28,11 +27,6 @@ cJson OrNull(const std::optional<T>& value) {
 
 cJson ValueOrNull(const cSmlValue& value, std::int8_t scaler) {
   return value.type != eSmlAbsent ? cJson(ValueText(value, scaler)) : cJson(nullptr);
-}
-
-cJson RuleOrNull(const std::optional<cObisNaming::cRule>& rule) {
-  if (!rule) return nullptr;
-  return {{"id", rule->id}, {"name", rule->name}, {"obis", rule->obis}};
 }
 
 cJson ToJson(const cSmlEntry& entry, const cObisNamer& namer) {
@@ -163,8 +157,7 @@ std::string cExplainer::Json() const {
   json["incomplete"] = m_result.counts.incomplete;
   json["skipped_bytes"] = m_result.counts.skippedBytes;
   json["telegrams"] = m_telegrams;
-  // Names of rules may be no UTF-8.
-  return json.dump(-1, ' ', false, cJson::error_handler_t::replace);
+  return DumpLine(json);
 }
 
 }  // namespace

@@ -7,6 +7,8 @@
 #include <gateway/driver/sml/obis_code.h>
 #include <gateway/driver/sml/sml_message.h>
 
+#include <gateway/driver/mix_bits.h>
+
 namespace tav::sml {
 
 namespace {
@@ -89,15 +91,11 @@ cSmlSimulator::cSmlSimulator(const cSmlSimulatorOptions& options)
   }
 }
 
-// A mixer of 64 bits, taken once over all that makes the draw; the slot within the week makes the weeks alike.
+// Mixed once over all that makes the draw; the slot within the week makes the weeks alike.
 std::uint32_t cSmlSimulator::Random(unsigned int meter, std::uint32_t what, std::uint32_t slot) const {
   std::uint64_t x = std::uint64_t{m_options.seed} << 32 | (m_options.serial + meter);
-  x ^= (std::uint64_t{what} << 32 | slot) * 0x9E3779B97F4A7C15;
-  for (int round = 0; round < 2; ++round) {
-    x = (x ^ x >> 30) * 0xBF58476D1CE4E5B9;
-    x = (x ^ x >> 27) * 0x94D049BB133111EB;
-  }
-  return static_cast<std::uint32_t>(x >> 32);
+  x ^= (std::uint64_t{what} << 32 | slot) * kMixStep;
+  return static_cast<std::uint32_t>(MixBits(MixBits(x)) >> 32);
 }
 
 cSmlLoad cSmlSimulator::LoadAt(unsigned int meter, std::uint32_t now) const {

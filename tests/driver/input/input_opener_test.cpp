@@ -126,6 +126,19 @@ TEST(InputSpec, RefusesWhatIsNoAddress) {
     EXPECT_EQ(ParseError(text), "'" + text + "' is no address of the form tcp://host:port");
 }
 
+TEST(InputSpec, MayHaveToBeOneThatCanBeAsked) {
+  cInputSpec spec;
+  std::string error;
+  EXPECT_TRUE(cInputSpec::ParseLive("/dev/ttyOfNobody", spec, error)) << error;
+  EXPECT_TRUE(cInputSpec::ParseLive("tcp://meter:4000", spec, error)) << error;
+  for (const char* text : {"-", "capture.bin"}) {
+    EXPECT_FALSE(cInputSpec::ParseLive(text, spec, error));
+    EXPECT_EQ(error, std::string("'") + text + "' is no device and no tcp://host:port");
+  }
+  EXPECT_FALSE(cInputSpec::ParseLive("tcp://meter", spec, error));
+  EXPECT_EQ(error, "'tcp://meter' is no address of the form tcp://host:port");
+}
+
 TEST(InputSpec, RefusesAnEmptyText) {
   EXPECT_EQ(ParseError(""), "the input is empty; expected a device, a file, '-' or tcp://host:port");
 }

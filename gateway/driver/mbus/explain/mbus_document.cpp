@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <gateway/driver/mbus/explain/mbus_document.h>
 
-#include <optional>
 #include <utility>
 
 #include <gateway/driver/mbus/reader/mbus_text.h>
@@ -12,17 +11,9 @@ namespace tav::mbus {
 
 namespace {
 
-using cJson = nlohmann::ordered_json;
+using cJson = cCaptureJson;
 
 cJson TextOrNull(const std::string& text) { return text.empty() ? cJson(nullptr) : cJson(form::ToUtf8(text)); }
-
-// Names of rules may be no UTF-8.
-std::string Dump(const cJson& json) { return json.dump(-1, ' ', false, cJson::error_handler_t::replace); }
-
-cJson RuleOrNull(const std::optional<cObisNaming::cRule>& rule) {
-  if (!rule) return nullptr;
-  return {{"id", rule->id}, {"name", rule->name}, {"obis", rule->obis}};
-}
 
 }  // namespace
 
@@ -83,7 +74,7 @@ void cMBusDocument::End(const cMBusFault* why, bool hasMore) {
   m_telegram["more"] = hasMore;
   if (why != nullptr) m_telegram["reason"] = why->ToString();
   if (!m_telegrams.empty()) m_telegrams += ',';
-  m_telegrams += Dump(m_telegram);
+  m_telegrams += DumpLine(m_telegram);
 }
 
 std::string cMBusDocument::ToText(const cExplanation::cCounts& counts) const {
@@ -92,7 +83,7 @@ std::string cMBusDocument::ToText(const cExplanation::cCounts& counts) const {
                       {"bad", counts.bad},
                       {"incomplete", counts.incomplete},
                       {"skipped_bytes", counts.skippedBytes}};
-  std::string text = Dump(json);
+  std::string text = DumpLine(json);
   text.pop_back();
   text.reserve(text.size() + m_telegrams.size() + 20);
   return text.append(",\"telegrams\":[").append(m_telegrams).append("]}");

@@ -5,8 +5,7 @@
 #include <cstddef>
 #include <string>
 
-#include <nlohmann/json.hpp>
-
+#include <gateway/driver/capture_document.h>
 #include <gateway/driver/capture_explain.h>
 #include <gateway/driver/mbus/explain/mbus_pieces.h>
 #include <gateway/driver/mbus/reader/mbus_reader.h>
@@ -26,9 +25,7 @@ class cMBusDocument {
   std::string ToText(const cExplanation::cCounts& counts) const;
 
  private:
-  using cJson = nlohmann::ordered_json;
-
-  cJson m_telegram;
+  cCaptureJson m_telegram;
   std::string m_telegrams;  // those that are complete, as text: a capture may hold a great many
 };
 

@@ -19,11 +19,9 @@ constexpr std::size_t kSecondStart = 3;
 
 std::string Hex(std::uint8_t byte) { return vorn::FormatString("%02X", byte); }
 
-bool IsControl(std::uint8_t byte) { return byte < 0x20 || (byte >= 0x7F && byte < 0xA0); }
-
 // A text of the meter's own is shown only when it is one.
 std::string Unit(const cMBusRecord& record) {
-  if (std::any_of(record.plainUnit.begin(), record.plainUnit.end(), IsControl))
+  if (!std::all_of(record.plainUnit.begin(), record.plainUnit.end(), IsPrintable))
     return "hex:" + HexText(record.plainUnit);
   return form::ToUtf8(UnitText(record));
 }

@@ -176,8 +176,7 @@ void cMBusMaster::cState::Send() {
   m_deadline = m_sentAt + (isAnswered ? wait : 0);
   m_phase = ePhase::Awaiting;
   At(m_deadline);
-  if (!m_master.onBytes) return;
-  m_master.onBytes(true, {reinterpret_cast<const std::uint8_t*>(m_request.bytes.data()), m_request.bytes.size()});
+  if (m_master.onBytes) m_master.onBytes(true, BytesOf(m_request.bytes));
 }
 
 // ---- what comes

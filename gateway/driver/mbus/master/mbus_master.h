@@ -25,6 +25,10 @@ inline cInputSpec UsualLine() {
 }
 
 struct cMBusLineSettings {
+  // Of what people may set.
+  static constexpr unsigned int kMostRetries = 10;
+  static constexpr unsigned int kMostAnswerMs = 60'000;
+
   cInputSpec input = UsualLine();    // a serial device or tcp://host:port; 2400 8E1 unless set otherwise
   bool echo = false;                 // the level converter gives back what is sent: so many bytes are taken away
   unsigned int retries = 2;          // of a request without a good answer, after the first attempt

@@ -16,8 +16,7 @@ void AppendNumber(std::string& bytes, std::uint32_t value, unsigned int width) {
 
 // Behind what a frame begins with, from its control field on: the checksum of it, and the stop.
 std::string Close(std::string bytes, std::size_t begin) {
-  const cBytes checked(reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size());
-  bytes += static_cast<char>(Checksum(checked.subspan(begin)));
+  bytes += static_cast<char>(Checksum(BytesOf(bytes).subspan(begin)));
   return bytes += static_cast<char>(kStop);
 }
 
@@ -50,8 +49,7 @@ std::string MakeSelection(const cMBusAddress& address) {
   AppendNumber(data, address.manufacturer, 2);
   AppendNumber(data, address.version, 1);
   AppendNumber(data, address.medium, 1);
-  return MakeLongFrame(eSndUd, kSecondary, eCiSelect,
-                       {reinterpret_cast<const std::uint8_t*>(data.data()), data.size()});
+  return MakeLongFrame(eSndUd, kSecondary, eCiSelect, BytesOf(data));
 }
 
 std::string MakeApplicationReset(std::uint8_t primary, int subCode) {

@@ -9,11 +9,7 @@ namespace {
 
 constexpr std::size_t kHeadSize = 4;  // of a long frame: what has it was meant to be one
 
-cBytes View(const std::string& bytes, std::size_t at) {
-  return cBytes(reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size()).subspan(at);
-}
-
-bool AreEqual(cBytes bytes, const std::string& text) { return std::ranges::equal(bytes, View(text, 0)); }
+bool AreEqual(cBytes bytes, const std::string& text) { return std::ranges::equal(bytes, BytesOf(text)); }
 
 std::string FaultText(cMBusFault fault, std::size_t at) {
   fault.offset += static_cast<std::uint32_t>(at);
@@ -54,7 +50,7 @@ void cMBusWindow::FindAnswer() {
   while (m_answerSize == 0 && m_at != m_bytes.size()) {
     cMBusFrame frame;
     cMBusFault fault;
-    const eFrameResult result = ReadFrame(View(m_bytes, m_at), frame, fault);
+    const eFrameResult result = ReadFrame(BytesOf(m_bytes).subspan(m_at), frame, fault);
     if (result == eFramePartial) return;
     if (result == eFrameWhole && IsPassedOver(frame)) continue;
     if (result == eFrameWhole && IsAnswer(frame)) {
@@ -93,7 +89,7 @@ eOutcome cMBusWindow::Judge(cMBusFrame& frame, std::string& cause) const {
   if (m_answerSize == 0) return m_bytes.empty() ? JudgeNothing(cause) : JudgeGarbage(cause);
   if (IsWhole()) {
     cMBusFault fault;
-    ReadFrame(View(m_bytes, m_answerAt), frame, fault);
+    ReadFrame(BytesOf(m_bytes).subspan(m_answerAt), frame, fault);
     return eOutcome::Answered;
   }
   const std::size_t behind = m_bytes.size() - m_answerAt - m_answerSize;
@@ -119,13 +115,14 @@ eOutcome cMBusWindow::JudgeGarbage(std::string& cause) const {
   cMBusFrame frame;
   cMBusFault fault;
   for (std::size_t at = 0; at != m_bytes.size(); ++at) {
-    const eFrameResult result = ReadFrame(View(m_bytes, at), frame, fault);
-    const bool isMeant = View(m_bytes, at)[0] == kLongStart && (result == eFramePartial || fault.offset >= kHeadSize);
+    const eFrameResult result = ReadFrame(BytesOf(m_bytes).subspan(at), frame, fault);
+    const bool isMeant =
+        BytesOf(m_bytes).subspan(at)[0] == kLongStart && (result == eFramePartial || fault.offset >= kHeadSize);
     if (!isMeant || result == eFrameWhole) continue;
     cause = FaultText(fault, at);
     return eOutcome::Damaged;
   }
-  ReadFrame(View(m_bytes, 0), frame, fault);
+  ReadFrame(BytesOf(m_bytes), frame, fault);
   cause = fault.ToString();
   return eOutcome::Collision;
 }

@@ -22,11 +22,11 @@ void Describe(CLI::App& app, cMBusOptions& options, std::vector<std::string>& ad
       ->capture_default_str();
   app.add_flag("--echo", options.line.echo, "The level converter gives back what is sent");
   app.add_option("--retries", options.line.retries, "Requests after one that was not answered well")
-      ->check(CLI::Range(0, 10))
+      ->check(CLI::Range(0u, cMBusLineSettings::kMostRetries))
       ->capture_default_str();
   app.add_option("--answer", options.line.longestAnswerMs,
                  "Longest time to the beginning of an answer, in milliseconds; 0: what the standard allows")
-      ->check(CLI::Range(0, 60'000))
+      ->check(CLI::Range(0u, cMBusLineSettings::kMostAnswerMs))
       ->capture_default_str();
   app.add_option("--meter", addresses,
                  "A meter by its primary address (5) or its secondary one (44950146, 449501464D341804; F is any "
@@ -47,12 +47,8 @@ void Describe(CLI::App& app, cMBusOptions& options, std::vector<std::string>& ad
 }
 
 bool CompleteLine(cMBusOptions& options, std::string& error) {
-  if (!cInputSpec::Parse(options.inputText, options.line.input, error)) {
-    error = "--input: " + error;
-    return false;
-  }
-  if (!options.line.input.IsLive()) {
-    error = "--input: '" + options.inputText + "' is no device and no tcp://host:port";
+  if (!cInputSpec::ParseLive(options.inputText, options.line.input, error)) {
+    error.insert(0, "--input: ");
     return false;
   }
   return options.line.input.kind != eInputKind::Serial || CheckSerialSettings(options.line.input, error);
@@ -95,8 +91,6 @@ bool cMBusOptions::Parse(int argc, char** argv, cMBusOptions& options, int& exit
   app.footer(
       "Exit codes: 0 all is well; 1 readings were refused, dropped, not acknowledged, or not to be had; 2 a wrong "
       "option; 3 the line cannot be opened.");
-  options.line.input.baud = kUsualBaud;
-  options.line.input.framing = kUsualFraming;
   std::vector<std::string> addresses;
   std::string unmapped = "drop";
   Describe(app, options, addresses, unmapped);

@@ -38,8 +38,8 @@ std::vector<cMBusTelegram> ReadTelegrams(const std::vector<std::string>& frames)
     cMBusFrame frame;
     cMBusTelegram telegram;
     cMBusFault fault;
-    const cBytes view(reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size());
-    if (ReadFrame(view, frame, fault) == eFrameWhole && ReadTelegram(frame, telegram, fault) && telegram.HasRecords())
+    if (ReadFrame(BytesOf(bytes), frame, fault) == eFrameWhole && ReadTelegram(frame, telegram, fault) &&
+        telegram.HasRecords())
       telegrams.push_back(telegram);
   }
   return telegrams;

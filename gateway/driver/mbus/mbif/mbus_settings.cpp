@@ -12,21 +12,16 @@ namespace {
 
 constexpr const char* kSimulation = "sim";
 constexpr unsigned int kDay = 86400;
-constexpr unsigned int kMostRetries = 10;
-constexpr unsigned int kLongestAnswerMs = 60'000;
 
 void ReadLine(cInterfaceOptions& options, const std::string& text, cMBusLineSettings& line) {
   std::string fault;
-  line.input.baud = kUsualBaud;
-  line.input.framing = kUsualFraming;
   options.Number("baud", 1, ~0u, line.input.baud);
   options.Text("framing", line.input.framing);
   options.Flag("echo", line.echo);
-  options.Number("retries", 0, kMostRetries, line.retries);
-  options.Number("answer", 0, kLongestAnswerMs, line.longestAnswerMs);
+  options.Number("retries", 0, cMBusLineSettings::kMostRetries, line.retries);
+  options.Number("answer", 0, cMBusLineSettings::kMostAnswerMs, line.longestAnswerMs);
   if (text == kSimulation) return;
-  if (!cInputSpec::Parse(text, line.input, fault)) return options.Fault("input", fault);
-  if (!line.input.IsLive()) return options.Fault("input", "'" + text + "' is no device and no tcp://host:port");
+  if (!cInputSpec::ParseLive(text, line.input, fault)) return options.Fault("input", fault);
   if (line.input.kind == eInputKind::Serial && !CheckSerialSettings(line.input, fault))
     options.Fault("baud' or 'framing", fault);
 }

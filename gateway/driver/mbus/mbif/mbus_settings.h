@@ -16,8 +16,6 @@ struct cMBusOptions;
 
 extern const std::string kMBusDriver;  // the driver's name
 
-inline constexpr unsigned int kUsualBaud = 2400;
-inline constexpr const char* kUsualFraming = "8E1";
 inline constexpr unsigned int kUsualInterval = 900;  // seconds
 inline constexpr unsigned int kMostSimulatedMeters = 250;
 

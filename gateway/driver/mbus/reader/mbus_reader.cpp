@@ -97,9 +97,8 @@ bool cMBusReader::NextVariable(cMBusRecord& record) {
     TakeMakers(record);
   } else if (!TakeDib(record) || !TakeData(record)) {
     m_at = begin;
-    const cMBusRecord unread = record;
-    record = {};
-    record.offset = unread.offset;
+    Clear(record);
+    record.offset = m_offset + static_cast<std::uint32_t>(begin);
     TakeRest(record);
     Mark(record, m_fault.what);
   }

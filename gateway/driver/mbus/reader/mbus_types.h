@@ -5,11 +5,16 @@
 #include <cstdint>
 #include <span>
 #include <string>
+#include <string_view>
 
 namespace tav::mbus {
 
 // Bytes that somebody else holds.
 using cBytes = std::span<const std::uint8_t>;
+
+inline cBytes BytesOf(std::string_view text) {
+  return {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()};
+}
 
 // What cannot be read: which byte of the frame, counted from 0, and why.
 struct cMBusFault {

@@ -4,6 +4,8 @@
 #include <algorithm>
 #include <utility>
 
+#include <gateway/driver/mix_bits.h>
+
 namespace tav::mbus {
 
 namespace {
@@ -13,8 +15,7 @@ constexpr std::uint32_t kParts = 1'000'000;  // of a probability
 bool IsLongFrame(const std::string& bytes) {
   cMBusFrame frame;
   cMBusFault fault;
-  const cBytes view(reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size());
-  return ReadFrame(view, frame, fault) == eFrameWhole && frame.kind == eFrameLong;
+  return ReadFrame(BytesOf(bytes), frame, fault) == eFrameWhole && frame.kind == eFrameLong;
 }
 
 // The bus is pulled down by whoever sends a zero; where one has ended the other is heard alone. A frame that is right
@@ -59,12 +60,9 @@ cBusAnswer cMBusBus::Take(const cMBusFrame& request, unsigned int baud, std::uin
   return all;
 }
 
-// The same as that of the simulator: a mixer of 64 bits over a count.
 std::uint32_t cMBusBus::Draw(std::uint32_t below) {
-  std::uint64_t x = m_draws += 0x9E3779B97F4A7C15;
-  x = (x ^ x >> 30) * 0xBF58476D1CE4E5B9;
-  x = (x ^ x >> 27) * 0x94D049BB133111EB;
-  return static_cast<std::uint32_t>((x >> 32) % below);
+  m_draws += kMixStep;
+  return static_cast<std::uint32_t>((MixBits(m_draws) >> 32) % below);
 }
 
 eBusFault cMBusBus::DrawFault(cMeter& meter) {

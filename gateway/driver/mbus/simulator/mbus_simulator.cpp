@@ -5,6 +5,8 @@
 #include <chrono>
 #include <iterator>
 
+#include <gateway/driver/mix_bits.h>
+
 namespace tav::mbus {
 
 namespace {
@@ -106,12 +108,8 @@ cMBusSimulatedMeter::cMBusSimulatedMeter(eMeterKind kind, unsigned int number, s
 }
 
 std::uint32_t cMBusSimulatedMeter::Random(std::uint32_t what, std::uint32_t below) const {
-  std::uint64_t x = (std::uint64_t{m_seed} << 32 | what) * 0x9E3779B97F4A7C15;
-  for (int round = 0; round < 2; ++round) {
-    x = (x ^ x >> 30) * 0xBF58476D1CE4E5B9;
-    x = (x ^ x >> 27) * 0x94D049BB133111EB;
-  }
-  return static_cast<std::uint32_t>((x >> 32) % below);
+  const std::uint64_t x = (std::uint64_t{m_seed} << 32 | what) * kMixStep;
+  return static_cast<std::uint32_t>((MixBits(MixBits(x)) >> 32) % below);
 }
 
 std::uint64_t cMBusSimulatedMeter::FlowAt(std::uint32_t now) const {

@@ -36,8 +36,6 @@ void Append(std::string& bytes, std::uint64_t value, unsigned int width) {
   for (unsigned int i = 0; i < width; ++i) bytes += static_cast<char>(value >> 8 * i & 0xFF);
 }
 
-cBytes View(const std::string& bytes) { return {reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size()}; }
-
 }  // namespace
 
 // DIF, DIFE, VIB: each DIFE has four more bits of the storage number, two of the tariff, one of the subunit.
@@ -108,7 +106,7 @@ std::string cMBusWriter::Telegram(std::uint8_t address, const cMBusHeader& heade
   Append(data, header.status, 1);
   Append(data, header.configuration, 2);
   data += m_data;
-  return MakeLongFrame(eRspUd, address, eCiLongHeader, View(data));
+  return MakeLongFrame(eRspUd, address, eCiLongHeader, BytesOf(data));
 }
 
 std::string WriteCounters(std::uint8_t address, const cMBusCounters& counters) {
@@ -120,7 +118,7 @@ std::string WriteCounters(std::uint8_t address, const cMBusCounters& counters) {
   Append(data, counters.units[1] | (counters.medium >> 2 & 0x3u) << 6, 1);
   const bool isBinary = (counters.status & 0x01) != 0;
   for (const std::uint32_t value : counters.values) Append(data, isBinary ? value : ToBcd(value, 8), 4);
-  return MakeLongFrame(eRspUd, address, eCiFixed, View(data));
+  return MakeLongFrame(eRspUd, address, eCiFixed, BytesOf(data));
 }
 
 std::string WriteApplicationError(std::uint8_t address, std::uint8_t code) {

@@ -21,8 +21,7 @@ int main(int argc, char** argv) {
     return 1;
   }
   line.onRequest = [](cBytes request, const std::string& answer) {
-    const cBytes bytes(reinterpret_cast<const std::uint8_t*>(answer.data()), answer.size());
-    vorn::Trace(tav::DriverUnit(), 16, [&] { return HexText(request, " ") + " -> " + HexText(bytes, " "); });
+    vorn::Trace(tav::DriverUnit(), 16, [&] { return HexText(request, " ") + " -> " + HexText(BytesOf(answer), " "); });
   };
   const vorn::cSignalWatch end(&host, {SIGTERM, SIGINT}, [&host](int) { host.Stop(); });
   const std::string& device = options.bus.link.empty() ? line.GetDevice() : options.bus.link;

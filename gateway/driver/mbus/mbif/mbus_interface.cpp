@@ -51,7 +51,8 @@ cMBusInterface::~cMBusInterface() { DropMeters(); }
 std::unique_ptr<cMBusMaster> cMBusInterface::MakeMaster() {
   cMBusLineSettings line = m_settings.line;
   if (m_settings.simulated) {
-    m_bus = std::make_unique<cMBusBus>(MakeHouse(m_settings.simulation.meters, m_settings.simulation.seed, UsualLine().baud));
+    m_bus = std::make_unique<cMBusBus>(
+        MakeHouse(m_settings.simulation.meters, m_settings.simulation.seed, line.input.baud));
     m_simulated = std::make_unique<cSimulatedBus>(m_host, *m_bus, cSimulatedBusOptions{});
     line.input.kind = eInputKind::Serial;
     line.input.path = m_simulated->GetDevice();

@@ -126,6 +126,12 @@ TEST_F(MbifProcess, HasASimulatedBusInItself) {
   EXPECT_THAT(Meters(), SizeIs(2));
 }
 
+TEST_F(MbifProcess, HasASimulatedBusThatHearsTheRateOfItsLine) {
+  StartGateway();
+  ASSERT_EQ(Run({"--input", "sim", "--meters", "1", "--baud", "9600", "--once", "--no-rules"}), 0) << Said();
+  EXPECT_EQ(Count("read"), 1u);
+}
+
 TEST_F(MbifProcess, LosesNothingWhenTheGatewayIsKilled) {
   StartGateway();
   StartBus();
